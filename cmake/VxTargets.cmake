@@ -1,0 +1,53 @@
+# How every target of the tree is built: one set of warnings, one visibility rule, includes spelled from the root.
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_CXX_FLAGS_RELEASE "-O2 -DNDEBUG")
+
+add_library(vx_options INTERFACE)
+target_include_directories(vx_options INTERFACE "${CMAKE_SOURCE_DIR}")
+target_compile_options(vx_options INTERFACE
+  -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror -fvisibility=hidden -fvisibility-inlines-hidden
+  $<$<CONFIG:Debug>:-O1>)
+if(WIN32)
+  target_compile_definitions(vx_options INTERFACE
+    UNICODE _UNICODE NOMINMAX STRICT WINVER=0x0601 _WIN32_WINNT=0x0601)
+endif()
+if(VX_SANITIZE)
+  add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer -g1)
+  add_link_options(-fsanitize=address,undefined)
+endif()
+if(VX_FUZZ)
+  if(NOT CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+    message(FATAL_ERROR "VX_FUZZ needs clang++: use the preset linux-clang")
+  endif()
+endif()
+
+# vx_library(NAME SOURCES... [LINKS target...]): a static library of one room or of one part of a room. A library
+# without sources (a room that is declarations only, or whose bodies are the system's own) becomes an interface.
+function(vx_library name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LINKS" ${ARGN})
+  if(ARG_SOURCES)
+    add_library(${name} STATIC ${ARG_SOURCES})
+    target_link_libraries(${name} PUBLIC vx_options ${ARG_LINKS})
+  else()
+    add_library(${name} INTERFACE)
+    target_link_libraries(${name} INTERFACE vx_options ${ARG_LINKS})
+  endif()
+endfunction()
+
+# vx_test(NAME SOURCES... LINKS target... [ENVIRONMENT NAME=VALUE...]): a GoogleTest program. Natively CTest lists each
+# test of it; across, the program is one CTest test, since a process start under Wine costs seconds.
+function(vx_test name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LINKS;ENVIRONMENT" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  target_link_libraries(${name} PRIVATE vx_options ${ARG_LINKS} GTest::gtest_main)
+  if(CMAKE_CROSSCOMPILING)
+    add_test(NAME ${name} COMMAND ${name})
+    set_tests_properties(${name} PROPERTIES ENVIRONMENT "${ARG_ENVIRONMENT}")
+  else()
+    gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST TEST_PREFIX "${name}: "
+      PROPERTIES ENVIRONMENT "${ARG_ENVIRONMENT}")
+  endif()
+endfunction()
