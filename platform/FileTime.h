@@ -1,8 +1,8 @@
 // FILETIME and SYSTEMTIME: from one to the other, from UTC to local time, and the time now.
 //
-// All take and give the Gregorian calendar from 1601-01-01 to 30827-12-31, of which a FILETIME holds all up to
-// 0x7FFFFFFFFFFFFFFF. Any thread may call any of these; local time follows the C library's zone (TZ, else the
-// machine's), which on Linux must not be changed with setenv while other threads convert.
+// Dates are of the Gregorian calendar. A FILETIME counts from 1601-01-01; those with the highest bit set are invalid, so
+// the last one is in September 30828, while a SYSTEMTIME that is given ends with the year 30827. Any thread may call any
+// of these. Linux: local time is that of TZ, else of the machine; TZ must not be set while another thread converts.
 //
 // Two kinds of local time exist, and they differ by an hour for half of the year in most zones:
 // FileTimeToLocalFileTime and its reverse use the bias of this moment for every date, the others the bias that the
@@ -33,8 +33,8 @@ BOOL LocalFileTimeToFileTime(const FILETIME* lpLocalFileTime, FILETIME* lpFileTi
 BOOL SystemTimeToTzSpecificLocalTime(const TIME_ZONE_INFORMATION* lpTimeZoneInformation,
                                      const SYSTEMTIME* lpUniversalTime, SYSTEMTIME* lpLocalTime) noexcept;
 
-// The reverse. An hour that a change of clocks repeats is taken as the earlier one, still in summer time; an hour that
-// it skips is converted with the bias from before the change.
+// The reverse. An hour that a change of clocks repeats is taken as the first of the two; in an hour that it skips, the
+// bias from behind the change holds.
 BOOL TzSpecificLocalTimeToSystemTime(const TIME_ZONE_INFORMATION* lpTimeZoneInformation, const SYSTEMTIME* lpLocalTime,
                                      SYSTEMTIME* lpUniversalTime) noexcept;
 
