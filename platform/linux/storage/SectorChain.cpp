@@ -1,0 +1,117 @@
+#include "platform/linux/storage/SectorChain.h"
+
+#include "platform/linux/storage/CompoundFormat.h"
+
+#include <algorithm>
+
+namespace vx_storage {
+
+HRESULT AllocationTable::Next(std::uint32_t sector, std::uint32_t& next) {
+    const std::size_t slots = m_block.size() / sizeof(std::uint32_t);
+    const std::uint64_t index = sector / slots;
+    if (index != m_blockIndex) {
+        m_blockIndex = kNoBlock;
+        if (const HRESULT hr = ReadBlock(index, m_block); FAILED(hr)) {
+            return hr;
+        }
+        m_blockIndex = index;
+    }
+    next = LoadU32(m_block.data() + (sector % slots) * sizeof(std::uint32_t));
+    return S_OK;
+}
+
+HRESULT SectorChain::FindRun(AllocationTable& table, std::uint64_t index, std::uint64_t most, std::uint32_t& sector,
+                             std::uint64_t& count) {
+    if (const HRESULT hr = Find(table, index, sector); FAILED(hr)) {
+        return hr;
+    }
+    for (count = 1; count < most; ++count) {
+        Place next = m_cursor;
+        // What goes wrong behind the run is reported when it is asked for.
+        if (FAILED(Advance(table, next)) || next.sector != m_cursor.sector + 1) {
+            break;
+        }
+        m_cursor = next;
+    }
+    return S_OK;
+}
+
+HRESULT SectorChain::Find(AllocationTable& table, std::uint64_t index, std::uint32_t& sector) {
+    if (!m_started) {
+        if (!table.Holds(m_first)) {
+            return STG_E_DOCFILECORRUPT;
+        }
+        m_cursor = m_frontier = m_tortoise = {0, m_first};
+        m_marks.push_back(m_first);
+        m_started = true;
+    }
+    m_cursor = NearestBefore(index);
+    while (m_cursor.index < index) {
+        if (const HRESULT hr = Advance(table, m_cursor); FAILED(hr)) {
+            return hr;
+        }
+    }
+    sector = m_cursor.sector;
+    return S_OK;
+}
+
+SectorChain::Place SectorChain::NearestBefore(std::uint64_t index) const noexcept {
+    if (m_frontier.index <= index) {
+        return m_frontier;
+    }
+    const std::uint64_t mark = std::min<std::uint64_t>(index / m_markStride, m_marks.size() - 1);
+    const Place marked = {mark * m_markStride, m_marks[static_cast<std::size_t>(mark)]};
+    return m_cursor.index <= index && m_cursor.index > marked.index ? m_cursor : marked;
+}
+
+// One step on. Beyond the frontier each step is checked, so that what lies before it is known to be sound.
+HRESULT SectorChain::Advance(AllocationTable& table, Place& place) {
+    if (place.index + 1 >= m_end) {
+        return STG_E_DOCFILECORRUPT;
+    }
+    std::uint32_t next = 0;
+    if (const HRESULT hr = table.Next(place.sector, next); FAILED(hr)) {
+        return hr;
+    }
+    const Place reached = {place.index + 1, next};
+    if (reached.index > m_frontier.index) {
+        if (!table.Holds(next) || ClosesLoop(reached)) {
+            m_end = reached.index;
+            return STG_E_DOCFILECORRUPT;
+        }
+        m_frontier = reached;
+        Mark(reached);
+    }
+    place = reached;
+    return S_OK;
+}
+
+bool SectorChain::ClosesLoop(const Place& place) noexcept {
+    if (place.sector == m_tortoise.sector) {
+        return true;
+    }
+    if (place.index - m_tortoise.index == m_tortoiseLeap) {
+        m_tortoise = place;
+        m_tortoiseLeap *= 2;
+    }
+    return false;
+}
+
+void SectorChain::Mark(const Place& place) {
+    if (place.index != m_marks.size() * m_markStride) {
+        return;
+    }
+    if (m_marks.size() == kMaxChainMarks) {  // every second one makes room
+        for (std::size_t i = 0; 2 * i < m_marks.size(); ++i) {
+            m_marks[i] = m_marks[2 * i];
+        }
+        m_marks.resize(m_marks.size() / 2);
+        m_markStride *= 2;
+        if (place.index % m_markStride != 0) {
+            return;
+        }
+    }
+    m_marks.push_back(place.sector);
+}
+
+}  // namespace vx_storage
