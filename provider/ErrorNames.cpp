@@ -1,0 +1,196 @@
+#include "provider/ErrorNames.h"
+
+#include "mapi/MapiCodes.h"
+#include "platform/ResultCodes.h"
+#include "platform/WideText.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+namespace {
+
+struct NamedResult {
+    HRESULT code;
+    const WCHAR* name;
+};
+
+// A row is the symbol itself, so its text cannot drift from its value.
+#define VX_ROW(symbol) (NamedResult{static_cast<HRESULT>(symbol), #symbol ""_w})
+
+// Where two headers name one value, the row says which name is printed: 0x80004005 is MAPI_E_CALL_FAILED here, and
+// 0x8007000E is MAPI_E_NOT_ENOUGH_MEMORY.
+constexpr auto kNamedResults = std::to_array<NamedResult>({
+    VX_ROW(MAPI_E_CALL_FAILED),
+    VX_ROW(MAPI_E_INTERFACE_NOT_SUPPORTED),
+    VX_ROW(STG_E_INVALIDFUNCTION),
+    VX_ROW(STG_E_FILENOTFOUND),
+    VX_ROW(STG_E_PATHNOTFOUND),
+    VX_ROW(STG_E_TOOMANYOPENFILES),
+    VX_ROW(STG_E_ACCESSDENIED),
+    VX_ROW(STG_E_INVALIDHANDLE),
+    VX_ROW(STG_E_INSUFFICIENTMEMORY),
+    VX_ROW(STG_E_INVALIDPOINTER),
+    VX_ROW(STG_E_NOMOREFILES),
+    VX_ROW(STG_E_DISKISWRITEPROTECTED),
+    VX_ROW(STG_E_SEEKERROR),
+    VX_ROW(STG_E_WRITEFAULT),
+    VX_ROW(STG_E_READFAULT),
+    VX_ROW(STG_E_SHAREVIOLATION),
+    VX_ROW(STG_E_LOCKVIOLATION),
+    VX_ROW(STG_E_FILEALREADYEXISTS),
+    VX_ROW(STG_E_INVALIDPARAMETER),
+    VX_ROW(STG_E_MEDIUMFULL),
+    VX_ROW(STG_E_PROPSETMISMATCHED),
+    VX_ROW(STG_E_ABNORMALAPIEXIT),
+    VX_ROW(STG_E_INVALIDHEADER),
+    VX_ROW(STG_E_INVALIDNAME),
+    VX_ROW(STG_E_UNKNOWN),
+    VX_ROW(STG_E_UNIMPLEMENTEDFUNCTION),
+    VX_ROW(STG_E_INVALIDFLAG),
+    VX_ROW(STG_E_INUSE),
+    VX_ROW(STG_E_NOTCURRENT),
+    VX_ROW(STG_E_REVERTED),
+    VX_ROW(STG_E_CANTSAVE),
+    VX_ROW(STG_E_OLDFORMAT),
+    VX_ROW(STG_E_OLDDLL),
+    VX_ROW(STG_E_SHAREREQUIRED),
+    VX_ROW(STG_E_NOTFILEBASEDSTORAGE),
+    VX_ROW(STG_E_EXTANTMARSHALLINGS),
+    VX_ROW(STG_E_DOCFILECORRUPT),
+    VX_ROW(STG_E_BADBASEADDRESS),
+    VX_ROW(STG_E_DOCFILETOOLARGE),
+    VX_ROW(STG_E_NOTSIMPLEFORMAT),
+    VX_ROW(STG_E_INCOMPLETE),
+    VX_ROW(STG_E_TERMINATED),
+    VX_ROW(MAPI_E_NO_SUPPORT),
+    VX_ROW(MAPI_E_BAD_CHARWIDTH),
+    VX_ROW(MAPI_E_STRING_TOO_LONG),
+    VX_ROW(MAPI_E_UNKNOWN_FLAGS),
+    VX_ROW(MAPI_E_INVALID_ENTRYID),
+    VX_ROW(MAPI_E_INVALID_OBJECT),
+    VX_ROW(MAPI_E_OBJECT_CHANGED),
+    VX_ROW(MAPI_E_OBJECT_DELETED),
+    VX_ROW(MAPI_E_BUSY),
+    VX_ROW(MAPI_E_NOT_ENOUGH_DISK),
+    VX_ROW(MAPI_E_NOT_ENOUGH_RESOURCES),
+    VX_ROW(MAPI_E_NOT_FOUND),
+    VX_ROW(MAPI_E_VERSION),
+    VX_ROW(MAPI_E_LOGON_FAILED),
+    VX_ROW(MAPI_E_SESSION_LIMIT),
+    VX_ROW(MAPI_E_USER_CANCEL),
+    VX_ROW(MAPI_E_UNABLE_TO_ABORT),
+    VX_ROW(MAPI_E_NETWORK_ERROR),
+    VX_ROW(MAPI_E_DISK_ERROR),
+    VX_ROW(MAPI_E_TOO_COMPLEX),
+    VX_ROW(MAPI_E_BAD_COLUMN),
+    VX_ROW(MAPI_E_EXTENDED_ERROR),
+    VX_ROW(MAPI_E_COMPUTED),
+    VX_ROW(MAPI_E_CORRUPT_DATA),
+    VX_ROW(MAPI_E_UNCONFIGURED),
+    VX_ROW(MAPI_E_FAILONEPROVIDER),
+    VX_ROW(MAPI_E_UNKNOWN_CPID),
+    VX_ROW(MAPI_E_UNKNOWN_LCID),
+    VX_ROW(MAPI_E_PASSWORD_CHANGE_REQUIRED),
+    VX_ROW(MAPI_E_PASSWORD_EXPIRED),
+    VX_ROW(MAPI_E_INVALID_WORKSTATION_ACCOUNT),
+    VX_ROW(MAPI_E_INVALID_ACCESS_TIME),
+    VX_ROW(MAPI_E_ACCOUNT_DISABLED),
+    VX_ROW(CO_E_CLASSSTRING),
+    VX_ROW(REGDB_E_WRITEREGDB),
+    VX_ROW(REGDB_E_CLASSNOTREG),
+    VX_ROW(MAPI_E_END_OF_SESSION),
+    VX_ROW(MAPI_E_MISSING_REQUIRED_COLUMN),
+    VX_ROW(MAPI_E_UNKNOWN_ENTRYID),
+    VX_ROW(MAPI_E_BAD_VALUE),
+    VX_ROW(MAPI_E_INVALID_TYPE),
+    VX_ROW(MAPI_E_TYPE_NO_SUPPORT),
+    VX_ROW(MAPI_E_UNEXPECTED_TYPE),
+    VX_ROW(MAPI_E_TOO_BIG),
+    VX_ROW(MAPI_E_DECLINE_COPY),
+    VX_ROW(MAPI_E_UNEXPECTED_ID),
+    VX_ROW(MAPI_E_UNABLE_TO_COMPLETE),
+    VX_ROW(MAPI_E_TABLE_TOO_BIG),
+    VX_ROW(MAPI_E_TABLE_EMPTY),
+    VX_ROW(MAPI_E_TIMEOUT),
+    VX_ROW(MAPI_E_INVALID_BOOKMARK),
+    VX_ROW(MAPI_E_NOT_ME),
+    VX_ROW(MAPI_E_CANCEL),
+    VX_ROW(MAPI_E_WAIT),
+    VX_ROW(MAPI_E_CORRUPT_STORE),
+    VX_ROW(MAPI_E_NOT_IN_QUEUE),
+    VX_ROW(MAPI_E_NO_SUPPRESS),
+    VX_ROW(MAPI_E_COLLISION),
+    VX_ROW(MAPI_E_NOT_INITIALIZED),
+    VX_ROW(MAPI_E_NON_STANDARD),
+    VX_ROW(MAPI_E_NO_RECIPIENTS),
+    VX_ROW(MAPI_E_SUBMITTED),
+    VX_ROW(MAPI_E_HAS_FOLDERS),
+    VX_ROW(MAPI_E_HAS_MESSAGES),
+    VX_ROW(MAPI_E_FOLDER_CYCLE),
+    VX_ROW(MAPI_E_AMBIGUOUS_RECIP),
+    VX_ROW(SYNC_E_NO_PARENT),
+    VX_ROW(SYNC_E_CONFLICT),
+    VX_ROW(SYNC_E_IGNORE),
+    VX_ROW(SYNC_E_OBJECT_DELETED),
+    VX_ROW(SYNC_E_UNSYNCHRONIZED),
+    VX_ROW(S_FALSE),
+    VX_ROW(MAPI_E_INVALID_PARAMETER),
+    VX_ROW(MAPI_E_NOT_ENOUGH_MEMORY),
+    VX_ROW(MAPI_E_NO_ACCESS),
+    VX_ROW(STG_S_CONVERTED),
+    VX_ROW(STG_S_MONITORING),
+    VX_ROW(STG_S_RETRYNOW),
+    VX_ROW(STG_S_BLOCK),
+    VX_ROW(STG_S_MULTIPLEOPENS),
+    VX_ROW(MAPI_W_NO_SERVICE),
+    VX_ROW(OLEOBJ_S_CANNOT_DOVERB_NOW),
+    VX_ROW(STG_S_CANNOTCONSOLIDATE),
+    VX_ROW(MAPI_W_ERRORS_RETURNED),
+    VX_ROW(MAPI_W_CANCEL_MESSAGE),
+    VX_ROW(MAPI_W_APPROX_COUNT),
+    VX_ROW(MAPI_W_POSITION_CHANGED),
+    VX_ROW(MAPI_W_PARTIAL_COMPLETION),
+    VX_ROW(SYNC_W_CLIENT_CHANGE_NEWER),
+    VX_ROW(SYNC_W_PROGRESS),
+});
+
+#undef VX_ROW
+
+constexpr bool EveryCodeHasOneName() {
+    for (std::size_t i = 0; i < kNamedResults.size(); ++i) {
+        for (std::size_t j = i + 1; j < kNamedResults.size(); ++j) {
+            if (kNamedResults[i].code == kNamedResults[j].code) {
+                return false;
+            }
+        }
+    }
+    return true;
+}
+static_assert(kNamedResults.size() == 132 && EveryCodeHasOneName());
+
+// "0x%08X" into a buffer of the thread's own.
+const WCHAR* HexText(HRESULT hr) {
+    constexpr std::size_t kBufferUnits = 35;
+    constexpr unsigned kDigits = 8;
+    thread_local WCHAR buffer[kBufferUnits];
+    buffer[0] = '0';
+    buffer[1] = 'x';
+    auto rest = static_cast<std::uint32_t>(hr);
+    for (unsigned i = kDigits; i > 0; --i, rest >>= 4) {
+        buffer[1 + i] = "0123456789ABCDEF"_w[rest & 0xF];
+    }
+    buffer[2 + kDigits] = 0;
+    return buffer;
+}
+
+}  // namespace
+
+const WCHAR* ErrorNameFromErrorCode(HRESULT hr) {
+    for (const NamedResult& row : kNamedResults) {
+        if (row.code == hr) {
+            return row.name;
+        }
+    }
+    return HexText(hr);
+}
