@@ -6,14 +6,14 @@
 #error "platform/WindowsSdk.h is for Windows builds; on Linux the headers of platform/ declare what is used"
 #endif
 
+// clang-format off
 #include <winsock2.h>  // before windows.h, which would bring the older one
-
 #include <windows.h>
-
 #include <objbase.h>
 #include <objidl.h>
 #include <ole2.h>
 #include <oleauto.h>
+// clang-format on
 
 #undef CopyFile
 #undef CreateDirectory
