@@ -51,3 +51,19 @@ function(vx_test name)
       PROPERTIES ENVIRONMENT "${ARG_ENVIRONMENT}")
   endif()
 endfunction()
+
+# vx_header_only(TARGET FOLDER): a target for a header-only library that the distribution installs as <FOLDER/...>, for
+# the native and the cross build alike. Only that folder is linked into the build folder, since the native include
+# folder itself must not be seen by a cross compiler.
+function(vx_header_only target folder)
+  find_path(VX_HEADERS_OF_${folder} "${folder}" PATHS /usr/include NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH)
+  if(NOT VX_HEADERS_OF_${folder})
+    message(FATAL_ERROR "The headers <${folder}/...> are not in /usr/include: tools/setup linux installs them")
+  endif()
+  file(MAKE_DIRECTORY "${CMAKE_BINARY_DIR}/header-only")
+  file(CREATE_LINK "${VX_HEADERS_OF_${folder}}/${folder}" "${CMAKE_BINARY_DIR}/header-only/${folder}" SYMBOLIC)
+  add_library(${target} INTERFACE)
+  target_include_directories(${target} SYSTEM INTERFACE "${CMAKE_BINARY_DIR}/header-only")
+endfunction()
+
+vx_header_only(vx_nlohmann_json nlohmann)

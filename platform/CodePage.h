@@ -4,17 +4,17 @@
 // process (about 256 KB for a page with double-byte characters, half of that for others).
 //
 // Linux:
-// - Pages: the ANSI, OEM and ISO pages 437, 708, 737, 775, 850, 852, 855, 857, 858, 860 to 866, 869, 874, 932, 936,
-//   949, 950, 1250 to 1258, 1361, 10000, 10007, 10017, 10029, 20127, 20261, 20269, 20866, 20932, 20936, 20949, 21866,
-//   28591 to 28599, 28603, 28605 and 38598; the EBCDIC pages 37, 500, 870, 875, 1026, 1047, 1140 to 1149, 20273, 20277,
-//   20278, 20280, 20284, 20285, 20290, 20297, 20420, 20423, 20424, 20871, 20880, 20905 and 21025; EUC and 7-bit pages
-//   50220 to 50222, 50225, 50227, 51932, 51936, 51949 and 52936; 54936 (GB 18030); 65000 and 65001. Their mappings are
-//   the C library's with Windows' differences laid over them; a page whose mapping the C library lacks on a machine is
-//   an invalid page there.
+// - The pages are 437, 737, 775, 850, 852, 855, 857, 858, 860 to 866, 869, 874, 932, 936, 949, 950, 1250 to 1258,
+//   1361, 10000, 10007, 10017, 10029, 20127, 20866, 20936, 20949, 21866, 28591 to 28599, 28603, 28605, 38598, 51932,
+//   51936 and 51949; of EBCDIC 37, 500, 870, 875, 1026, 1047, 1140 to 1149, 20273, 20277, 20278, 20280, 20284, 20285,
+//   20290, 20297, 20420, 20423, 20424, 20871, 20880, 20905 and 21025; of 7 bits 50220 to 50222, 50225, 50227, 52936
+//   and 65000; 54936 (GB 18030); 65001. Missing: 42, 708, 720, 20838, 20924, 20932, ISCII, the mixed EBCDIC pages and
+//   some of the Macintosh's.
+// - Mappings are the C library's with Windows' differences laid over them. A page whose mapping the C library lacks
+//   on a machine is no valid page there. Kept from the C library: the later editions of 28597 and 28598, with the
+//   euro and the marks of direction, and the compatibility letters of 1361, where Windows has conjoining ones.
 // - The Unicode pages 1200, 1201, 12000, 12001, 65005 and 65006 (UTF-16 and UTF-32, little-endian first) convert too;
-//   Windows refuses them here. Their bytes are not text that a `char` pointer ends: a negative length counts up to and
-//   including one zero unit of the page's own width.
-// - Not there, and so invalid: 720, 20838, 20924, 29001, 42 (symbol), 57002 to 57011 (ISCII) and the mixed EBCDIC pages.
+//   Windows refuses them here. A negative length of theirs ends with one zero unit of the page's own width.
 #pragma once
 
 #include "platform/BaseTypes.h"
@@ -53,6 +53,7 @@ struct CPINFO {
 //   ERROR_INVALID_FLAGS          a flag that the page does not take (below)
 //   ERROR_INSUFFICIENT_BUFFER    the result does not fit; the buffer then holds a beginning of it
 //   ERROR_NO_UNICODE_TRANSLATION invalid bytes, and MB_ERR_INVALID_CHARS was asked for
+//   ERROR_SUCCESS                no failure: the input was nothing but shifts and escapes. Linux only
 // A negative cbMultiByte says that the input ends with a zero, which is then converted with the rest. Without
 // MB_ERR_INVALID_CHARS an invalid sequence becomes the page's replacement: U+FFFD for each maximal part of a broken
 // UTF-8 sequence ([Unicode] 3.9) and in the other Unicode pages, mostly '?' elsewhere. Undefined bytes 0x80 to 0x9F of

@@ -1,8 +1,8 @@
 // FILETIME and SYSTEMTIME: from one to the other, from UTC to local time, and the time now.
 //
-// Dates are of the Gregorian calendar. A FILETIME counts from 1601-01-01; those with the highest bit set are invalid, so
-// the last one is in September 30828, while a SYSTEMTIME that is given ends with the year 30827. Any thread may call any
-// of these. Linux: local time is that of TZ, else of the machine; TZ must not be set while another thread converts.
+// Dates are of the Gregorian calendar. A FILETIME counts from 1601-01-01; those with the highest bit set are invalid,
+// so the last one is in September 30828, while a SYSTEMTIME that is given ends with the year 30827. Any thread may call
+// any of these. Linux: local time is that of TZ, else of the machine; TZ must not be set while another thread converts.
 //
 // Two kinds of local time exist, and they differ by an hour for half of the year in most zones:
 // FileTimeToLocalFileTime and its reverse use the bias of this moment for every date, the others the bias that the

@@ -15,8 +15,8 @@ inline constexpr LCID LOCALE_USER_DEFAULT = 0x0400;
 inline constexpr LCID LOCALE_INVARIANT = 0x007F;
 inline constexpr LCID LOCALE_ENGLISH_US = 0x0409;
 
-// Writes the date (the current local one when lpDate is null) after the picture, with a terminator. Gives the code units
-// written, the terminator counted, or the number that there would be when cchDate is 0; 0 on failure:
+// Writes the date (the current local one when lpDate is null) after the picture, with a terminator. Gives the code
+// units written, the terminator counted, or the number that there would be when cchDate is 0; 0 on failure:
 //   ERROR_INSUFFICIENT_BUFFER  the text and its terminator do not fit
 //   ERROR_INVALID_PARAMETER    a date that does not exist, a negative size, a size without a buffer. Linux: also an
 //                              unknown locale, and a null picture, since the locale's own pictures are not provided

@@ -60,7 +60,6 @@ private:
 struct VxDeleteObject {
     template <typename T>
     void operator()(T* object) const noexcept {
-        static_assert(sizeof(T) > 0, "the type must be complete where its holder is destroyed");
         delete object;
     }
 };
@@ -68,7 +67,6 @@ struct VxDeleteObject {
 struct VxDeleteArray {
     template <typename T>
     void operator()(T* array) const noexcept {
-        static_assert(sizeof(T) > 0, "the type must be complete where its holder is destroyed");
         delete[] array;
     }
 };

@@ -20,8 +20,8 @@ struct Page {
     const Codec* codec;    // lives as long as the process
 };
 
-// The page of a number; the codec is null when there is no such page, or the C library lacks its mapping. Its tables are
-// built by the first call that asks for it. Throws std::bad_alloc.
+// The page of a number; the codec is null when there is no such page, or the C library lacks its mapping. Its tables
+// are built by the first call that asks for it. Throws std::bad_alloc.
 [[nodiscard]] Page FindCodePage(UINT number);
 
 }  // namespace vx_text

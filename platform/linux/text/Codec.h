@@ -44,6 +44,10 @@ constexpr bool IsSurrogate(WCHAR unit) noexcept {
     return (unit & 0xF800) == 0xD800;
 }
 
+constexpr bool IsPrivateUse(WCHAR unit) noexcept {
+    return unit >= 0xE000 && unit <= 0xF8FF;
+}
+
 // One character of UTF-16: its code point, and the units it takes. A lone surrogate is itself, one unit long.
 struct CodePoint {
     std::uint32_t value;
@@ -64,6 +68,15 @@ inline void PutCodePoint(std::uint32_t value, WideSink& out) noexcept {
         out.Put(static_cast<WCHAR>(value));
     } else {
         out.Put({static_cast<WCHAR>(0xD7C0 + (value >> 10)), static_cast<WCHAR>(0xDC00 | (value & 0x3FF))});
+    }
+}
+
+// Puts a code of one byte, or of two: lead << 8 | trail.
+inline void PutCode(std::uint16_t code, ByteSink& out) noexcept {
+    if (code < 0x100) {
+        out.Put(static_cast<std::uint8_t>(code));
+    } else {
+        out.Put({static_cast<std::uint8_t>(code >> 8), static_cast<std::uint8_t>(code)});
     }
 }
 

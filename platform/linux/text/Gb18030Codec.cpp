@@ -99,26 +99,17 @@ bool Gb18030Codec::Encode(WideView text, ByteSink& out, const EncodeOptions&) co
         const auto [value, units] = FirstCodePoint(text);
         if (units == 2) {
             out.Put(CodeAt(kSupplementary + value - 0x10000));
-        } else if (m_short->Code(text[0]) == kNoCode && m_places[text[0]] == kNoCode) {
+        } else if (m_short->Code(text[0]) != kNoCode) {
+            PutCode(m_short->Code(text[0]), out);
+        } else if (m_places[text[0]] != kNoCode) {
+            out.Put(CodeAt(m_places[text[0]]));
+        } else {
             out.Put('?');
             complete = false;
-        } else {
-            PutUnit(text[0], out);
         }
         text.remove_prefix(units);
     }
     return complete;
-}
-
-void Gb18030Codec::PutUnit(WCHAR unit, ByteSink& out) const noexcept {
-    const std::uint16_t code = m_short->Code(unit);
-    if (code == kNoCode) {
-        out.Put(CodeAt(m_places[unit]));
-    } else if (code < 0x100) {
-        out.Put(static_cast<std::uint8_t>(code));
-    } else {
-        out.Put({static_cast<std::uint8_t>(code >> 8), static_cast<std::uint8_t>(code)});
-    }
 }
 
 }  // namespace vx_text

@@ -1,5 +1,5 @@
-// Page 54936: GB 18030, of which every character of Unicode has a code of one, two or four bytes. The mapping is the
-// C library's edition: what the edition of 2000 kept in the private use area is, where Unicode has it now, at its place.
+// Page 54936: GB 18030, in which characters of Unicode have codes of one, two or four bytes. The mapping is that of the
+// C library's edition: what the first edition kept in the private use area is where Unicode has it now.
 #pragma once
 
 #include "platform/linux/text/Codec.h"
@@ -25,8 +25,6 @@ public:
     bool Encode(WideView text, ByteSink& out, const EncodeOptions& options) const noexcept override;
 
 private:
-    void PutUnit(WCHAR unit, ByteSink& out) const noexcept;
-
     std::unique_ptr<const PageMapping> m_short;  // codes of one and of two bytes
     std::vector<WCHAR> m_fourBytes;              // units of 81308130 to 8431A439, by their place there; 0 for none
     std::vector<std::uint16_t> m_places;         // the reverse, by unit; kNoCode for those with a shorter code

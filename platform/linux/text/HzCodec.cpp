@@ -105,12 +105,11 @@ private:
             return true;
         }
         const std::uint16_t code = m_gbk.Code(unit);
-        const bool isPrivate = unit >= 0xE000 && unit <= 0xF8FF;
-        if (code == kNoCode || isPrivate || !IsHzPair(code)) {
+        if (code == kNoCode || IsPrivateUse(unit) || !IsHzPair(code)) {
             return false;
         }
         SwitchTo(true);
-        m_out.Put({static_cast<std::uint8_t>(code >> 8 & 0x7F), static_cast<std::uint8_t>(code & 0x7F)});
+        PutCode(code & 0x7F7F, m_out);
         return true;
     }
 

@@ -23,15 +23,24 @@ struct Escape {
 };
 
 constexpr Escape kEscapes[] = {
-    {"(B", 0, Charset::Ascii},    {"(J", 0, Charset::Ascii},  // JIS X 0201 Roman: its yen and overline are read as the ASCII that is meant
-    {"(H", 0, Charset::Ascii},                                // a Swedish set that old software names for it
-    {"(I", 0, Charset::Katakana}, {"$@", 0, Charset::Japanese},   // JIS C 6226-1978, read as its successor
-    {"$B", 0, Charset::Japanese}, {"&@", -1, Charset::Japanese},  // announces the edition of 1990
-    {"$(D", 0, Charset::Other},                                   // JIS X 0212
-    {"$(C", 0, Charset::Korean},  {"$A", 0, Charset::Chinese},   {"$)C", 1, Charset::Korean},
-    {"$)A", 1, Charset::Chinese}, {"$)E", 1, Charset::Other},  // ISO-IR-165
-    {"$)G", 1, Charset::Other},                                // CNS 11643, plane 1
-    {"$*H", -1, Charset::Other},                               // CNS 11643, plane 2
+    {"(B", 0, Charset::Ascii},
+    // JIS X 0201 Roman, whose yen and overline are read as the ASCII that is meant, and a misnomer for it.
+    {"(J", 0, Charset::Ascii},
+    {"(H", 0, Charset::Ascii},
+    {"(I", 0, Charset::Katakana},
+    // JIS C 6226-1978, read as its successor; the successor; the announcement of its edition of 1990; JIS X 0212.
+    {"$@", 0, Charset::Japanese},
+    {"$B", 0, Charset::Japanese},
+    {"&@", -1, Charset::Japanese},
+    {"$(D", 0, Charset::Other},
+    {"$(C", 0, Charset::Korean},
+    {"$A", 0, Charset::Chinese},
+    {"$)C", 1, Charset::Korean},
+    {"$)A", 1, Charset::Chinese},
+    // ISO-IR-165, then planes 1 and 2 of CNS 11643.
+    {"$)E", 1, Charset::Other},
+    {"$)G", 1, Charset::Other},
+    {"$*H", -1, Charset::Other},
 };
 
 // The set that the form is about.
@@ -206,8 +215,7 @@ private:
         const std::uint16_t code = m_euc.Code(unit);
         const auto lead = static_cast<std::uint8_t>(code >> 8);
         const auto trail = static_cast<std::uint8_t>(code);
-        const bool isPrivate = unit >= 0xE000 && unit <= 0xF8FF;
-        if (code == kNoCode || isPrivate || lead < 0xA1 || trail < 0xA1) {
+        if (code == kNoCode || IsPrivateUse(unit) || lead < 0xA1 || trail < 0xA1) {
             return std::nullopt;
         }
         return Written{m_own, static_cast<std::uint8_t>(lead & 0x7F), static_cast<std::uint8_t>(trail & 0x7F)};

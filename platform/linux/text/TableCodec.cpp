@@ -16,18 +16,6 @@ bool IsAscii(const PageMapping& mapping) noexcept {
     return true;
 }
 
-constexpr bool IsPrivateUse(WCHAR unit) noexcept {
-    return unit >= 0xE000 && unit <= 0xF8FF;
-}
-
-void PutCode(std::uint16_t code, ByteSink& out) noexcept {
-    if (code < 0x100) {
-        out.Put(static_cast<std::uint8_t>(code));
-    } else {
-        out.Put({static_cast<std::uint8_t>(code >> 8), static_cast<std::uint8_t>(code)});
-    }
-}
-
 }  // namespace
 
 TableCodec::TableCodec(std::unique_ptr<const PageMapping> mapping, WCHAR replacement) noexcept

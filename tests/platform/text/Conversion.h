@@ -81,6 +81,18 @@ inline void ExpectTooSmallBuffersToFail(UINT page, std::string_view bytes, WideV
     }
 }
 
+// Bytes that end anywhere give the text up to there, and at most three units for what is cut off.
+inline void ExpectCutsToKeepTheBeginning(UINT page, std::string_view bytes, WideView text) {
+    for (std::size_t cut = 1; cut < bytes.size(); ++cut) {
+        const CStringW part = Decode(page, bytes.substr(0, cut));
+        std::size_t same = 0;
+        while (same < part.size() && same < text.size() && part[same] == text[same]) {
+            ++same;
+        }
+        EXPECT_GE(same + 3, part.size()) << "cut behind " << cut;
+    }
+}
+
 // A text in a page, and the same in UTF-16: exact both ways.
 struct Sample {
     const char* name;
@@ -94,6 +106,7 @@ inline void ExpectExactBothWays(const Sample& sample) {
     EXPECT_EQ(Decode(sample.page, sample.bytes), sample.text);
     EXPECT_EQ(Encode(sample.page, sample.text), sample.bytes);
     ExpectTooSmallBuffersToFail(sample.page, sample.bytes, sample.text);
+    ExpectCutsToKeepTheBeginning(sample.page, sample.bytes, sample.text);
 }
 
 // Invalid UTF-8, and what becomes of it.

@@ -190,6 +190,7 @@ TEST(FileLogger, LosesNoLineAndTearsNoneWhenManyThreadsWriteAndTheFileIsPutAside
     LogFixture log("Verbose", 12, &clock);
     WriteFile(log.properties, "size=30\r\n");
     std::vector<std::thread> threads;
+    threads.reserve(kThreads);
     for (int thread = 0; thread < kThreads; ++thread) {
         threads.emplace_back([&log, &message, thread] {
             for (int line = 0; line < kLines; ++line) {

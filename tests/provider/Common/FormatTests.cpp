@@ -67,6 +67,7 @@ TEST(Format, TakesTextOfEveryKindAndReadsNoMoreOfItThanThereIs) {
     const WCHAR* nothing = nullptr;
     struct Convertible {
         const WCHAR* text;
+        // NOLINTNEXTLINE(google-explicit-constructor): texts of others convert this way.
         operator const WCHAR*() const { return text; }
     };
     const Convertible convertible{"converted"_w};

@@ -12,6 +12,7 @@ constexpr auto& kSourcePath = "Common\\LogMsgTests.cpp"_w;
 // Text that counts how often a format asks for it.
 struct Asked {
     mutable int times = 0;
+    // NOLINTNEXTLINE(google-explicit-constructor): texts of others convert this way.
     operator const WCHAR*() const {
         ++times;
         return "text"_w;
