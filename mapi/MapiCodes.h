@@ -1,5 +1,5 @@
-// Result codes of Extended MAPI, and of its incremental synchronization (SYNC_*). The codes that all of COM shares are in
-// platform/ResultCodes.h. Some names stand for one of those, and some for one another's value.
+// Result codes of Extended MAPI, and of its incremental synchronization (SYNC_*). The codes that all of COM shares are
+// in platform/ResultCodes.h. Some names stand for one of those, and some for one another's value.
 //
 // MAPI_E_* and SYNC_E_* are failures, MAPI_W_* and SYNC_W_* successes that say more than S_OK. The small numbers of
 // Simple MAPI belong to another interface and are not here.

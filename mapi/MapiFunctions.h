@@ -19,7 +19,7 @@ using LPMAPIFORMMGR = IMAPIFormMgr*;
 using LPMSGSESS = IMsgSession*;
 using LPITNEF = ITnef*;
 
-// ---- Start and end ---------------------------------------------------------------------------------------------------
+// ---- Start and end --------------------------------------------------------------------------------------------------
 
 // lpMapiInit: a MAPIINIT_0, or null for none of its flags.
 using MAPIINITIALIZE = HRESULT STDAPICALLTYPE(LPVOID lpMapiInit);
@@ -32,7 +32,7 @@ using LAUNCHWIZARDENTRY = HRESULT STDAPICALLTYPE(HWND hParentWnd, ULONG ulFlags,
 using SCINITMAPIUTIL = SCODE STDAPICALLTYPE(ULONG ulFlags);
 using DEINITMAPIUTIL = void STDAPICALLTYPE();
 
-// ---- Memory ----------------------------------------------------------------------------------------------------------
+// ---- Memory ---------------------------------------------------------------------------------------------------------
 
 using ALLOCATEBUFFER = SCODE STDAPICALLTYPE(ULONG cbSize, LPVOID* lppBuffer);
 using ALLOCATEMORE = SCODE STDAPICALLTYPE(ULONG cbSize, LPVOID lpObject, LPVOID* lppBuffer);
@@ -45,7 +45,7 @@ using MAPIGETDEFAULTMALLOC = LPMALLOC STDAPICALLTYPE();
 using FREEPROWS = void STDAPICALLTYPE(LPSRowSet lpRows);
 using FREEPADRLIST = void STDAPICALLTYPE(LPADRLIST lpAdrlist);
 
-// ---- Properties and tables -------------------------------------------------------------------------------------------
+// ---- Properties and tables ------------------------------------------------------------------------------------------
 
 // One property as an allocation of its own.
 using HRGETONEPROP = HRESULT STDAPICALLTYPE(LPMAPIPROP lpMapiProp, ULONG ulPropTag, LPSPropValue* lppProp);
@@ -60,8 +60,8 @@ using HRQUERYALLROWS = HRESULT STDAPICALLTYPE(LPMAPITABLE lpTable, LPSPropTagArr
 using HRADDCOLUMNS = HRESULT STDAPICALLTYPE(LPMAPITABLE lptbl, LPSPropTagArray lpproptagColumnsNew,
                                             LPALLOCATEBUFFER lpAllocateBuffer, LPFREEBUFFER lpFreeBuffer);
 
-// The first value with the tag, or with the tag's id when its type is PT_UNSPECIFIED; null when there is none. A pointer
-// into the array.
+// The first value with the tag, or with the tag's id when its type is PT_UNSPECIFIED; null when there is none. A
+// pointer into the array.
 using PPROPFINDPROP = LPSPropValue STDAPICALLTYPE(LPSPropValue lpPropArray, ULONG cValues, ULONG ulPropTag);
 using LPVALFINDPROP = LPSPropValue STDAPICALLTYPE(ULONG ulPropTag, ULONG cValues, LPSPropValue lpPropArray);
 
@@ -92,7 +92,7 @@ using CREATEIPROP = SCODE STDAPICALLTYPE(LPCIID lpInterface, ALLOCATEBUFFER* lpA
                                          ALLOCATEMORE* lpAllocateMore, FREEBUFFER* lpFreeBuffer, LPVOID lpvReserved,
                                          LPPROPDATA* lppPropData);
 
-// ---- Notifications ---------------------------------------------------------------------------------------------------
+// ---- Notifications --------------------------------------------------------------------------------------------------
 
 using NOTIFCALLBACK = LONG STDAPICALLTYPE(LPVOID lpvContext, ULONG cNotification, LPNOTIFICATION lpNotifications);
 using LPNOTIFCALLBACK = NOTIFCALLBACK*;
@@ -102,7 +102,7 @@ using HRALLOCADVISESINK = HRESULT STDAPICALLTYPE(LPNOTIFCALLBACK lpfnCallback, L
 using HRTHISTHREADADVISESINK = HRESULT STDAPICALLTYPE(LPMAPIADVISESINK lpAdviseSink, LPMAPIADVISESINK* lppAdviseSink);
 using HRDISPATCHNOTIFICATIONS = HRESULT STDAPICALLTYPE(ULONG ulFlags);
 
-// ---- Streams and formatted text --------------------------------------------------------------------------------------
+// ---- Streams and formatted text -------------------------------------------------------------------------------------
 
 using OPENSTREAMONFILE = HRESULT STDAPICALLTYPE(LPALLOCATEBUFFER lpAllocateBuffer, LPFREEBUFFER lpFreeBuffer,
                                                 ULONG ulFlags, LPTSTR lpszFileName, LPTSTR lpszPrefix,
@@ -121,7 +121,7 @@ using OPENTNEFSTREAMEX = HRESULT STDAPICALLTYPE(LPVOID lpvSupport, IStream* lpSt
 using HRISTORAGEFROMSTREAM = HRESULT STDAPICALLTYPE(LPUNKNOWN lpUnkIn, LPCIID lpInterface, ULONG ulFlags,
                                                     IStorage** lppStorageOut);
 
-// ---- Messages on structured storages ---------------------------------------------------------------------------------
+// ---- Messages on structured storages --------------------------------------------------------------------------------
 
 // Called when the message is released for the last time.
 using MSGCALLRELEASE = void STDAPICALLTYPE(ULONG ulCallerData, LPMESSAGE lpMessage);
@@ -140,12 +140,12 @@ using SETATTRIBIMSGONISTG = HRESULT STDAPICALLTYPE(LPVOID lpObject, LPSPropTagAr
                                                    LPSPropAttrArray lpPropAttrs, LPSPropProblemArray* lppPropProblems);
 using MAPSTORAGESCODE = SCODE STDAPICALLTYPE(SCODE StgSCode);
 
-// ---- Forms -----------------------------------------------------------------------------------------------------------
+// ---- Forms ----------------------------------------------------------------------------------------------------------
 
 using MAPIOPENFORMMGR = HRESULT STDAPICALLTYPE(LPMAPISESSION pSession, LPMAPIFORMMGR* ppmgr);
 using MAPIOPENLOCALFORMCONTAINER = HRESULT STDAPICALLTYPE(LPMAPIFORMCONTAINER* ppfcnt);
 
-// ---- Stores and entry identifiers ------------------------------------------------------------------------------------
+// ---- Stores and entry identifiers -----------------------------------------------------------------------------------
 
 using HRVALIDATEIPMSUBTREE = HRESULT STDAPICALLTYPE(LPMDB lpMDB, ULONG ulFlags, ULONG* lpcValues,
                                                     LPSPropValue* lppValues, LPMAPIERROR* lpperr);
@@ -161,7 +161,7 @@ using HRDECOMPOSEEID = HRESULT STDAPICALLTYPE(LPMAPISESSION psession, ULONG cbEI
 using SCCREATECONVERSATIONINDEX = SCODE STDAPICALLTYPE(ULONG cbParent, LPBYTE lpbParent, ULONG* lpcbConvIndex,
                                                        LPBYTE* lppbConvIndex);
 
-// ---- Small helpers ---------------------------------------------------------------------------------------------------
+// ---- Small helpers --------------------------------------------------------------------------------------------------
 
 using FBINFROMHEX = BOOL STDAPICALLTYPE(LPTSTR lpsz, LPBYTE lpb);
 using SCBINFROMHEXBOUNDED = SCODE STDAPICALLTYPE(LPTSTR lpsz, LPBYTE lpb, ULONG cb);

@@ -1,10 +1,11 @@
-// Identifiers of Extended MAPI: interfaces, property sets, and the well-known MAPIUIDs of profile sections and providers.
+// Identifiers of Extended MAPI: interfaces, property sets, and the well-known MAPIUIDs of profile sections and
+// providers.
 #pragma once
 
 #include "mapi/MapiTypes.h"
 #include "platform/Guid.h"
 
-// ---- Interfaces: {xxxxxxxx-0000-0000-C000-000000000046} --------------------------------------------------------------
+// ---- Interfaces: {xxxxxxxx-0000-0000-C000-000000000046} -------------------------------------------------------------
 
 inline constexpr IID IID_IMAPISession = OleGuid(0x00020300);
 inline constexpr IID IID_IMAPITable = OleGuid(0x00020301);
@@ -68,7 +69,7 @@ inline constexpr IID IID_IConverterSession = {
 // Class of the root storage of a message saved as a file.
 inline constexpr CLSID CLSID_MailMessage = OleGuid(0x00020D0B);
 
-// ---- Property sets, [MS-OXPROPS] 1.3.2 -------------------------------------------------------------------------------
+// ---- Property sets, [MS-OXPROPS] 1.3.2 ------------------------------------------------------------------------------
 
 inline constexpr GUID PS_MAPI = OleGuid(0x00020328);
 inline constexpr GUID PS_PUBLIC_STRINGS = OleGuid(0x00020329);
@@ -93,7 +94,7 @@ inline constexpr GUID PSETID_UnifiedMessaging = {
 inline constexpr GUID PSETID_Attachment = {
     0x96357F7F, 0x59E1, 0x47D0, {0x99, 0xA7, 0x46, 0x51, 0x5C, 0x18, 0x3B, 0x54}};
 
-// ---- MAPIUIDs: bytes in stored order ---------------------------------------------------------------------------------
+// ---- MAPIUIDs: bytes in stored order --------------------------------------------------------------------------------
 
 // Sections of a profile.
 inline constexpr MAPIUID kGlobalProfileSection = {

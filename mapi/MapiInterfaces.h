@@ -29,7 +29,7 @@ using LPMAPITABLE = IMAPITable*;
 using LPSERVICEADMIN = IMsgServiceAdmin*;
 using LPPROFSECT = IProfSect*;
 
-// ---- Properties and tables -------------------------------------------------------------------------------------------
+// ---- Properties and tables ------------------------------------------------------------------------------------------
 
 // An object with properties: the base of nearly everything else.
 struct IMAPIProp : IUnknown {
@@ -108,7 +108,7 @@ struct IMAPITable : IUnknown {
                                                        BOOKMARK* lpbkLocation) = 0;
 };
 
-// ---- Messages --------------------------------------------------------------------------------------------------------
+// ---- Messages -------------------------------------------------------------------------------------------------------
 
 // An attachment: properties only.
 struct IAttach : IMAPIProp {};
@@ -131,7 +131,7 @@ struct IMessage : IMAPIProp {
 };
 using LPMESSAGE = IMessage*;
 
-// ---- Containers and stores -------------------------------------------------------------------------------------------
+// ---- Containers and stores ------------------------------------------------------------------------------------------
 
 struct IMAPIContainer : IMAPIProp {
     virtual HRESULT STDMETHODCALLTYPE GetContentsTable(ULONG ulFlags, LPMAPITABLE* lppTable) = 0;
@@ -205,7 +205,7 @@ struct IProxyStoreObject : IUnknown {
 };
 using LPPROXYSTOREOBJECT = IProxyStoreObject*;
 
-// ---- Address book ----------------------------------------------------------------------------------------------------
+// ---- Address book ---------------------------------------------------------------------------------------------------
 
 // A person: properties only.
 struct IMailUser : IMAPIProp {};
@@ -268,7 +268,7 @@ struct IAddrBook : IMAPIProp {
 };
 using LPADRBOOK = IAddrBook*;
 
-// ---- Session ---------------------------------------------------------------------------------------------------------
+// ---- Session --------------------------------------------------------------------------------------------------------
 
 struct IMAPISession : IUnknown {
     virtual HRESULT STDMETHODCALLTYPE GetLastError(HRESULT hResult, ULONG ulFlags, LPMAPIERROR* lppMAPIError) = 0;

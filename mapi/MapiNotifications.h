@@ -5,7 +5,7 @@
 
 #include "mapi/MapiTypes.h"
 
-// ---- Events: masks for Advise, and the value of ulEventType ----------------------------------------------------------
+// ---- Events: masks for Advise, and the value of ulEventType ---------------------------------------------------------
 
 inline constexpr ULONG fnevCriticalError = 0x00000001;
 inline constexpr ULONG fnevNewMail = 0x00000002;
@@ -31,7 +31,7 @@ inline constexpr ULONG TABLE_RESTRICT_DONE = 7;
 inline constexpr ULONG TABLE_SETCOL_DONE = 8;
 inline constexpr ULONG TABLE_RELOAD = 9;
 
-// ---- Structures ------------------------------------------------------------------------------------------------------
+// ---- Structures -----------------------------------------------------------------------------------------------------
 
 struct ERROR_NOTIFICATION {
     ULONG cbEntryID;

@@ -7,7 +7,7 @@
 struct IProviderAdmin;
 using LPPROVIDERADMIN = IProviderAdmin*;
 
-// ---- Profiles --------------------------------------------------------------------------------------------------------
+// ---- Profiles -------------------------------------------------------------------------------------------------------
 
 // A section of a profile: properties only.
 struct IProfSect : IMAPIProp {};
@@ -65,7 +65,7 @@ struct IProviderAdmin : IUnknown {
                                                          LPPROFSECT* lppProfSect) = 0;
 };
 
-// ---- Status and progress ---------------------------------------------------------------------------------------------
+// ---- Status and progress --------------------------------------------------------------------------------------------
 
 struct IMAPIStatus : IMAPIProp {
     virtual HRESULT STDMETHODCALLTYPE ValidateState(ULONG_PTR ulUIParam, ULONG ulFlags) = 0;
@@ -92,7 +92,7 @@ struct IMAPIControl : IUnknown {
 };
 using LPMAPICONTROL = IMAPIControl*;
 
-// ---- Objects that utilities make: a table in memory (CreateTable), properties in memory (CreateIProp) ----------------
+// ---- Objects that utilities make: a table in memory (CreateTable), properties in memory (CreateIProp) ---------------
 
 struct ITableData;
 

@@ -8,7 +8,7 @@
 
 using LPSRestriction = SRestriction*;
 
-// ---- Kinds and operators ---------------------------------------------------------------------------------------------
+// ---- Kinds and operators --------------------------------------------------------------------------------------------
 
 inline constexpr ULONG RES_AND = 0x0;
 inline constexpr ULONG RES_OR = 0x1;
@@ -46,7 +46,7 @@ inline constexpr ULONG FL_IGNORECASE = 0x10000;
 inline constexpr ULONG FL_IGNORENONSPACE = 0x20000;
 inline constexpr ULONG FL_LOOSE = 0x40000;
 
-// ---- Nodes -----------------------------------------------------------------------------------------------------------
+// ---- Nodes ----------------------------------------------------------------------------------------------------------
 
 struct SAndRestriction {
     ULONG cRes;
@@ -155,7 +155,7 @@ struct SRestriction {
 };
 static_assert(sizeof(SRestriction) == 32 && alignof(SRestriction) == 8 && offsetof(SRestriction, res) == 8);
 
-// ---- Sort orders -----------------------------------------------------------------------------------------------------
+// ---- Sort orders ----------------------------------------------------------------------------------------------------
 
 inline constexpr ULONG TABLE_SORT_ASCEND = 0;
 inline constexpr ULONG TABLE_SORT_DESCEND = 1;
@@ -200,7 +200,7 @@ struct SizedSSortOrderSet {
 };
 static_assert(sizeof(SizedSSortOrderSet<2>) == CbNewSSortOrderSet(2));
 
-// ---- Actions of rules: values of PT_ACTIONS --------------------------------------------------------------------------
+// ---- Actions of rules: values of PT_ACTIONS -------------------------------------------------------------------------
 
 // What a rule does with a message, [MS-OXORULE] 2.2.5.1.
 enum ACTTYPE : ULONG {

@@ -28,7 +28,7 @@ using BOOKMARK = ULONG;
 // MAPI declares its trailing arrays with one element; the count beside each tells how many there are.
 inline constexpr std::size_t MAPI_DIM = 1;
 
-// ---- Property tags: the id in the high half, the type in the low half ------------------------------------------------
+// ---- Property tags: the id in the high half, the type in the low half -----------------------------------------------
 
 // Types of single values, [MS-OXCDATA] 2.11.1.
 inline constexpr ULONG PT_UNSPECIFIED = 0x0000;  // asks for the stored type
@@ -105,7 +105,7 @@ inline constexpr ULONG PROP_ID_NULL = 0;
 inline constexpr ULONG PROP_ID_INVALID = 0xFFFF;
 inline constexpr ULONG PR_NULL = PROP_TAG(PT_NULL, PROP_ID_NULL);
 
-// ---- Identifiers and plain arrays ------------------------------------------------------------------------------------
+// ---- Identifiers and plain arrays -----------------------------------------------------------------------------------
 
 // Sixteen bytes in the order of the file or wire, unlike a GUID's three numbers.
 struct MAPIUID {
@@ -137,7 +137,7 @@ struct SBinary {
 using LPSBinary = SBinary*;
 static_assert(sizeof(SBinary) == 16 && offsetof(SBinary, lpb) == 8);
 
-// ---- Multi-valued properties: a count and a pointer, all of one shape ------------------------------------------------
+// ---- Multi-valued properties: a count and a pointer, all of one shape -----------------------------------------------
 
 struct SShortArray {
     ULONG cValues;
@@ -215,7 +215,7 @@ static_assert(sizeof(SLPSTRArray) == 16 && offsetof(SLPSTRArray, lppszA) == 8);
 using ENTRYLIST = SBinaryArray;
 using LPENTRYLIST = ENTRYLIST*;
 
-// ---- Properties, problems and rows -----------------------------------------------------------------------------------
+// ---- Properties, problems and rows ----------------------------------------------------------------------------------
 
 // One property. The type in the tag's low half says which member of Value holds.
 struct SPropValue {
@@ -310,7 +310,7 @@ struct MAPINAMEID {
 using LPMAPINAMEID = MAPINAMEID*;
 static_assert(sizeof(MAPINAMEID) == 24 && offsetof(MAPINAMEID, ulKind) == 8 && offsetof(MAPINAMEID, Kind) == 16);
 
-// ---- Flat lists: identifiers in one block, as they are stored --------------------------------------------------------
+// ---- Flat lists: identifiers in one block, as they are stored -------------------------------------------------------
 
 struct FLATENTRY {
     ULONG cb;
@@ -343,7 +343,7 @@ struct FLATMTSIDLIST {
 using LPFLATMTSIDLIST = FLATMTSIDLIST*;
 static_assert(sizeof(FLATMTSIDLIST) == 12 && offsetof(FLATMTSIDLIST, abMTSIDs) == 8);
 
-// ---- Address book ----------------------------------------------------------------------------------------------------
+// ---- Address book ---------------------------------------------------------------------------------------------------
 
 struct ADRENTRY {
     ULONG ulReserved1;
@@ -409,7 +409,7 @@ static_assert(offsetof(ADRPARM, nDestFieldFocus) == 100 && offsetof(ADRPARM, lpp
 static_assert(offsetof(ADRPARM, lpulDestComps) == 112 && offsetof(ADRPARM, lpContRestriction) == 120);
 static_assert(offsetof(ADRPARM, lpHierRestriction) == 128);
 
-// ---- Start-up, errors and streams of formatted text ------------------------------------------------------------------
+// ---- Start-up, errors and streams of formatted text -----------------------------------------------------------------
 
 struct MAPIINIT_0 {
     ULONG ulVersion;  // MAPI_INIT_VERSION
@@ -448,7 +448,7 @@ struct RTF_WCSRETINFO {
 };
 static_assert(sizeof(RTF_WCSRETINFO) == 8);
 
-// ---- Sizes in bytes of structures with n elements in their trailing array --------------------------------------------
+// ---- Sizes in bytes of structures with n elements in their trailing array -------------------------------------------
 // Wider than the ULONG that MAPI's allocators take, so that a foreign count cannot wrap: check before narrowing.
 
 constexpr std::size_t CbNewENTRYID(std::size_t bytes) noexcept {

@@ -5,11 +5,17 @@
 
 #ifndef _WIN32
 
-constexpr bool SUCCEEDED(HRESULT hr) noexcept { return hr >= 0; }
-constexpr bool FAILED(HRESULT hr) noexcept { return hr < 0; }
+constexpr bool SUCCEEDED(HRESULT hr) noexcept {
+    return hr >= 0;
+}
+constexpr bool FAILED(HRESULT hr) noexcept {
+    return hr < 0;
+}
 
 // Makes an HRESULT or SCODE from its 32 bits.
-constexpr HRESULT MakeResultCode(std::uint32_t bits) noexcept { return static_cast<HRESULT>(bits); }
+constexpr HRESULT MakeResultCode(std::uint32_t bits) noexcept {
+    return static_cast<HRESULT>(bits);
+}
 
 // Win32 error number to HRESULT: facility 7, the low 16 bits kept; 0 and negative values pass.
 constexpr HRESULT HRESULT_FROM_WIN32(std::uint32_t code) noexcept {
@@ -41,8 +47,16 @@ inline constexpr HRESULT DISP_E_ARRAYISLOCKED = MakeResultCode(0x8002000D);
 
 inline constexpr HRESULT REGDB_E_READREGDB = MakeResultCode(0x80040150);
 inline constexpr HRESULT REGDB_E_WRITEREGDB = MakeResultCode(0x80040151);
+inline constexpr HRESULT REGDB_E_KEYMISSING = MakeResultCode(0x80040152);
+inline constexpr HRESULT REGDB_E_INVALIDVALUE = MakeResultCode(0x80040153);
 inline constexpr HRESULT REGDB_E_CLASSNOTREG = MakeResultCode(0x80040154);
+inline constexpr HRESULT REGDB_E_IIDNOTREG = MakeResultCode(0x80040155);
+inline constexpr HRESULT REGDB_E_BADTHREADINGMODEL = MakeResultCode(0x80040156);
+inline constexpr HRESULT OLEOBJ_E_NOVERBS = MakeResultCode(0x80040180);
+inline constexpr HRESULT OLEOBJ_E_INVALIDVERB = MakeResultCode(0x80040181);
+inline constexpr HRESULT OLEOBJ_S_INVALIDVERB = 0x00040180;
 inline constexpr HRESULT OLEOBJ_S_CANNOT_DOVERB_NOW = 0x00040181;
+inline constexpr HRESULT OLEOBJ_S_INVALIDHWND = 0x00040182;
 
 inline constexpr HRESULT STG_E_INVALIDFUNCTION = MakeResultCode(0x80030001);
 inline constexpr HRESULT STG_E_FILENOTFOUND = MakeResultCode(0x80030002);
@@ -84,6 +98,13 @@ inline constexpr HRESULT STG_E_DOCFILETOOLARGE = MakeResultCode(0x80030111);
 inline constexpr HRESULT STG_E_NOTSIMPLEFORMAT = MakeResultCode(0x80030112);
 inline constexpr HRESULT STG_E_INCOMPLETE = MakeResultCode(0x80030201);
 inline constexpr HRESULT STG_E_TERMINATED = MakeResultCode(0x80030202);
+inline constexpr HRESULT STG_E_STATUS_COPY_PROTECTION_FAILURE = MakeResultCode(0x80030305);
+inline constexpr HRESULT STG_E_CSS_AUTHENTICATION_FAILURE = MakeResultCode(0x80030306);
+inline constexpr HRESULT STG_E_CSS_KEY_NOT_PRESENT = MakeResultCode(0x80030307);
+inline constexpr HRESULT STG_E_CSS_KEY_NOT_ESTABLISHED = MakeResultCode(0x80030308);
+inline constexpr HRESULT STG_E_CSS_SCRAMBLED_SECTOR = MakeResultCode(0x80030309);
+inline constexpr HRESULT STG_E_CSS_REGION_MISMATCH = MakeResultCode(0x8003030A);
+inline constexpr HRESULT STG_E_RESETS_EXHAUSTED = MakeResultCode(0x8003030B);
 inline constexpr HRESULT STG_S_CONVERTED = 0x00030200;
 inline constexpr HRESULT STG_S_BLOCK = 0x00030201;
 inline constexpr HRESULT STG_S_RETRYNOW = 0x00030202;

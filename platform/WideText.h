@@ -40,6 +40,6 @@ inline constexpr auto kStored = T;
 
 // "text"_w: a reference to a constant, zero-terminated WCHAR array with the life of the program, as L"text" would be.
 template <vx_wide_literal::Text T>
-consteval const auto& operator""_w() {
+constexpr const auto& operator""_w() noexcept {
     return vx_wide_literal::kStored<T>.units;
 }

@@ -96,17 +96,21 @@ bool LoadFunction(HMODULE module, ImportedFunction& function, const char* name) 
     return true;
 }
 
+// Searches MAPI for a function that is missing.
+void Require(const ImportedFunction& function) noexcept {
+    if (!function.IsSet()) {
+        AutoLoadMAPI();
+    }
+    if (!function.IsSet()) {
+        VX_LOG('D') << Vx::LogMsg("Function %hs not loaded\n"_w, function.PointerName());
+    }
+}
+
 // The function of an entry point, for which MAPI is searched if need be; null without MAPI.
 template <typename Function>
 Function* LoadedFunction(const EntryPoint<Function>& entryPoint) noexcept {
-    if (!entryPoint.IsSet()) {
-        AutoLoadMAPI();
-    }
-    Function* const function = entryPoint.Get();
-    if (function == nullptr) {
-        VX_LOG('D') << Vx::LogMsg("Function %hs not loaded\n"_w, entryPoint.PointerName());
-    }
-    return function;
+    Require(entryPoint);
+    return entryPoint.Get();
 }
 
 // The call itself. Without MAPI the result is E_FAIL where the function gives an HRESULT or SCODE, which are one type;
@@ -147,12 +151,14 @@ void AutoLoadMAPI() noexcept {
             hModMSMAPI = MyLoadLibrary(path);
         }
     }
-    LoadMAPIFuncs(hModMSMAPI);
+    if (hModMSMAPI != nullptr) {
+        LoadMAPIFuncs(hModMSMAPI);
+    }
 
     if (hModMAPI == nullptr) {
         hModMAPI = LoadFromSystemDir("mapi32.dll"_w);
     }
-    if (hModMAPI != hModMSMAPI) {
+    if (hModMAPI != nullptr && hModMAPI != hModMSMAPI) {
         LoadMAPIFuncs(hModMAPI);
     }
 }
@@ -183,7 +189,7 @@ void LoadMAPIFuncs(HMODULE module) noexcept {
     }
 }
 
-// ---- The forwarders, in the order of the table -----------------------------------------------------------------------
+// ---- The forwarders, in the order of the table ----------------------------------------------------------------------
 
 SCODE STDAPICALLTYPE MAPIAllocateBuffer(ULONG cbSize, LPVOID* lppBuffer) {
     return Forward(pfnMAPIAllocateBuffer, cbSize, lppBuffer);

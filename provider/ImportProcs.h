@@ -9,7 +9,7 @@
 
 #include "mapi/MapiFunctions.h"
 
-// ---- The functions of MAPI; signatures and meanings in mapi/MapiFunctions.h ------------------------------------------
+// ---- The functions of MAPI; signatures and meanings in mapi/MapiFunctions.h -----------------------------------------
 
 // E_FAIL without MAPI; out parameters are then untouched.
 MAPIINITIALIZE MAPIInitialize;
@@ -33,8 +33,8 @@ HRDISPATCHNOTIFICATIONS HrDispatchNotifications;
 MAPIOPENFORMMGR MAPIOpenFormMgr;
 MAPIOPENLOCALFORMCONTAINER MAPIOpenLocalFormContainer;
 
-// E_FAIL without MAPI, with one exception: values of PT_RESTRICTION and PT_ACTIONS are not MAPI's. They are copied here,
-// with what they point at, by MapiCopy.h's functions; lpfAllocMore is not used for them.
+// E_FAIL without MAPI, with one exception: values of PT_RESTRICTION and PT_ACTIONS are not MAPI's. They are copied
+// here, with what they point at, by MapiCopy.h's functions; lpfAllocMore is not used for them.
 PROPCOPYMORE PropCopyMore;
 
 // 0 without MAPI. A null block is 0 at once, and loads nothing.
@@ -50,7 +50,7 @@ FREEPROWS FreeProws;
 FREEPADRLIST FreePadrlist;
 CLOSEIMSGSESSION CloseIMsgSession;
 
-// ---- Loading ---------------------------------------------------------------------------------------------------------
+// ---- Loading --------------------------------------------------------------------------------------------------------
 
 // Finds and loads what is not loaded yet: the library of the client "Microsoft Outlook", then the system folder's
 // mapi32.dll, and takes from each the functions that are still missing.
@@ -59,6 +59,6 @@ void AutoLoadMAPI() noexcept;
 // Forgets all functions and takes back the loads of the libraries. The next call of any function searches anew.
 void UnloadMAPI() noexcept;
 
-// Takes from `module` the functions that are still missing, under the decorated name of old 32-bit libraries first where
-// there is one. Null does nothing.
+// Takes from `module` the functions that are still missing, under the decorated name of old 32-bit libraries first
+// where there is one. Null does nothing.
 void LoadMAPIFuncs(HMODULE module) noexcept;

@@ -5,8 +5,8 @@
 // what was made without a parent is freed again; with a parent it stays until that is freed.
 //
 // Trees from elsewhere are not trusted: a restriction or action nested deeper than kMaxCopyDepth, or of more than
-// kMaxCopyNodes nodes, is MAPI_E_TOO_COMPLEX, and a kind that is not published is MAPI_E_INVALID_PARAMETER. Pointers and
-// counts are the caller's word. Any thread; nothing here throws.
+// kMaxCopyNodes nodes, is MAPI_E_TOO_COMPLEX, and a kind that is not published is MAPI_E_INVALID_PARAMETER. Pointers
+// and counts are the caller's word. Any thread; nothing here throws.
 #pragma once
 
 #include "mapi/MapiRestrictions.h"

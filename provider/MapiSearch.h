@@ -18,16 +18,16 @@ struct CloseRegistryKey {
 using RegistryKey = std::unique_ptr<std::remove_pointer_t<HKEY>, CloseRegistryKey>;
 
 // Reads a value of type REG_SZ, REG_DWORD or REG_MULTI_SZ and tells its type. E_INVALIDARG for a value of another type,
-// an empty one, and one that is not there; E_OUTOFMEMORY; another failure of the reading itself as an HRESULT. `data` is
-// then null.
+// an empty one, and one that is not there; E_OUTOFMEMORY; another failure of the reading itself as an HRESULT. `data`
+// is then null.
 HRESULT HrGetRegistryValue(HKEY key, const WCHAR* valueName, DWORD& type, RegistryValue& data) noexcept;
 
 // The key of a mail client below HKEY_LOCAL_MACHINE\Software\Clients\Mail; null takes the default client, which the
 // default value there names. Null when there is none.
 RegistryKey GetMailKey(const WCHAR* client) noexcept;
 
-// The installer's ids of a client. Each output may be null, and is then not read; a value that cannot be read leaves its
-// output null.
+// The installer's ids of a client. Each output may be null, and is then not read; a value that cannot be read leaves
+// its output null.
 void GetMapiMsiIds(const WCHAR* client, RegistryValue* component, RegistryValue* appLcid,
                    RegistryValue* officeLcid) noexcept;
 

@@ -1,10 +1,10 @@
 // What the declarations must be among themselves, on every system.
 #include "mapi/Mapi.h"
+#include "tests/mapi/Facts.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <bit>
 #include <map>
 #include <set>
 #include <string_view>
@@ -12,6 +12,8 @@
 #include <vector>
 
 namespace {
+
+using vx_mapi_facts::SlotOf;
 
 struct NamedTag {
     const char* name;
@@ -119,16 +121,6 @@ TEST(Guids, InterfacesAndPropertySetsAreAllDifferent) {
     }
 }
 
-// A pointer to a virtual method holds one more than the method's offset in the vtable.
-template <typename Method>
-std::size_t SlotOf(Method method) {
-    struct Parts {
-        std::uintptr_t offset;
-        std::ptrdiff_t adjustment;
-    };
-    return (std::bit_cast<Parts>(method).offset - 1) / sizeof(void*);
-}
-
 TEST(Interfaces, EveryLastMethodIsInItsPublishedSlot) {
     struct Row {
         const char* name;
@@ -174,8 +166,9 @@ TEST(SizedArrays, ReadAsMapiReadsThem) {
     const LPSSortOrderSet sorts = order;
     EXPECT_EQ(sorts->cSorts, 2U);
     EXPECT_EQ(sorts->cCategories, 0U);
-    EXPECT_EQ(sorts->aSort[1].ulPropTag, 0x0FFF0102U);
-    EXPECT_EQ(sorts->aSort[1].ulOrder, 1U);
+    const SSortOrder* const sort = sorts->aSort;
+    EXPECT_EQ(sort[1].ulPropTag, 0x0FFF0102U);
+    EXPECT_EQ(sort[1].ulOrder, 1U);
 }
 
 }  // namespace

@@ -219,8 +219,9 @@ LPACTIONS Samples::EveryAction() {
     for (const ACTTYPE sending : {OP_FORWARD, OP_DELEGATE}) {
         auto* const list = reinterpret_cast<LPADRLIST>(Make<std::max_align_t>(4));
         list->cEntries = 2;
-        list->aEntries[0] = {0, 1, Text("first")};
-        reinterpret_cast<ADRENTRY*>(list->aEntries)[1] = {0, 1, Text("second")};
+        ADRENTRY* const entries = list->aEntries;
+        entries[0] = {0, 1, Text("first")};
+        entries[1] = {0, 1, Text("second")};
         all.push_back(action(sending));
         all.back().lpadrlist = list;
     }

@@ -12,10 +12,6 @@ std::filesystem::path ProgramFolder() {
     return ToPath(path).parent_path();
 }
 
-// Sizes, counts and tags that the fakes answer with their number; see FakeControl.h.
-constexpr ULONG kProbeSize = 0xABCD;
-constexpr ULONG kProbeTag = 0x12340001;
-
 template <typename T>
 std::int64_t AddressOf(T* pointer) {
     return static_cast<std::int64_t>(reinterpret_cast<std::intptr_t>(pointer));

@@ -5,6 +5,7 @@
 #include "platform/Module.h"
 #include "platform/WideText.h"
 #include "provider/ImportProcs.h"
+#include "tests/provider/mapi/import/fakes/FakeAnswers.h"
 #include "tests/provider/mapi/util/TestSupport.h"
 
 #include <gtest/gtest.h>
@@ -14,6 +15,11 @@
 #include <span>
 #include <string>
 #include <vector>
+
+// The fake libraries' numbers: all functions; a few; all, with the installer's; the installer's alone.
+inline constexpr int kClient = 1;
+inline constexpr int kFew = 2;
+inline constexpr int kSystem = 3;
 
 // ASCII to wide text.
 CStringW Wide(std::string_view text);
@@ -45,11 +51,14 @@ private:
 // One of the forwarded functions.
 struct Probe {
     const char* name;
-    std::int64_t (*call)();  // what it gives, which is the number of a fake library that is asked; 0 for nothing
+    std::int64_t (*call)();  // what it gives, which is a fake library's answer when there is one; 0 for nothing
     std::int64_t missing;    // what it gives without MAPI
     bool isVoid = false;
     bool isFew = false;        // one that fake_few has
     bool isDecorated = false;  // has a decorated name, tried first
+
+    // What it gives when it goes to the fake library of that number.
+    std::int64_t From(int number) const { return isVoid ? 0 : vx_fake_mapi::Answer(number, name); }
 };
 std::span<const Probe> Probes();
 
@@ -71,8 +80,8 @@ struct RegistryRow {
 // UTF-16 bytes of an ASCII text with its terminator.
 std::string TextBytes(std::string_view text);
 
-// Keys of HKEY_LOCAL_MACHINE for the life of this object. Linux: they are the whole registry. Windows: they are made and
-// deleted again, so they must be the test's own.
+// Keys of HKEY_LOCAL_MACHINE for the life of this object. Linux: they are the whole registry. Windows: they are made
+// and deleted again, so they must be the test's own.
 class TestRegistry {
 public:
     explicit TestRegistry(std::vector<RegistryRow> rows);

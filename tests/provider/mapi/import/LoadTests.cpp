@@ -4,27 +4,22 @@
 
 namespace {
 
-constexpr int kClient = 1;
-constexpr int kFew = 2;
-constexpr int kSystem = 3;
+using vx_fake_mapi::Answer;
 
 class LoadedFunctions : public LoaderTest {};
 
 TEST_F(LoadedFunctions, EveryFunctionGoesToTheFirstLibraryThatHasIt) {
     const FakeLibrary few("fake_few");
     const FakeLibrary client("fake_client");
-    const auto fewVoidCalls = few.Get<int()>("FakeVoidCalls");
-    const auto clientVoidCalls = client.Get<int()>("FakeVoidCalls");
+    const auto lastCallOfFew = few.Get<const char*()>("FakeLastVoidCall");
+    const auto lastCallOfClient = client.Get<const char*()>("FakeLastVoidCall");
     LoadMAPIFuncs(few.Module());
     LoadMAPIFuncs(client.Module());
     for (const Probe& probe : Probes()) {
         SCOPED_TRACE(probe.name);
-        const int fewBefore = fewVoidCalls();
-        const int clientBefore = clientVoidCalls();
-        const std::int64_t result = probe.call();
-        EXPECT_EQ(result, probe.isVoid ? 0 : probe.isFew ? kFew : kClient);
-        EXPECT_EQ(fewVoidCalls() - fewBefore, probe.isVoid && probe.isFew ? 1 : 0);
-        EXPECT_EQ(clientVoidCalls() - clientBefore, probe.isVoid && !probe.isFew ? 1 : 0);
+        EXPECT_EQ(probe.call(), probe.From(probe.isFew ? kFew : kClient));
+        EXPECT_STREQ(lastCallOfFew(), probe.isVoid && probe.isFew ? probe.name : "");
+        EXPECT_STREQ(lastCallOfClient(), probe.isVoid && !probe.isFew ? probe.name : "");
     }
 }
 
@@ -57,13 +52,13 @@ TEST_F(LoadedFunctions, UnloadingForgetsTheFunctionsForThoseOfAnotherLibrary) {
     const FakeLibrary client("fake_client");
     const FakeLibrary system("fake_system");
     LoadMAPIFuncs(client.Module());
-    EXPECT_EQ(MAPIInitialize(nullptr), kClient);
+    EXPECT_EQ(MAPIInitialize(nullptr), Answer(kClient, "MAPIInitialize"));
     LoadMAPIFuncs(system.Module());
-    EXPECT_EQ(MAPIInitialize(nullptr), kClient);
+    EXPECT_EQ(MAPIInitialize(nullptr), Answer(kClient, "MAPIInitialize"));
     UnloadMAPI();
     LoadMAPIFuncs(system.Module());
     for (const Probe& probe : Probes()) {
-        EXPECT_EQ(probe.call(), probe.isVoid ? 0 : kSystem) << probe.name;
+        EXPECT_EQ(probe.call(), probe.From(kSystem)) << probe.name;
     }
 }
 

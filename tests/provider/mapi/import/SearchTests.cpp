@@ -4,14 +4,15 @@
 #include "tests/provider/mapi/import/ImportTestSupport.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstdlib>
 #include <string>
+#include <thread>
+#include <vector>
 
 namespace {
 
-constexpr int kClient = 1;
-constexpr int kFew = 2;
-constexpr int kSystem = 3;
+using vx_fake_mapi::Answer;
 
 constexpr char kMailKey[] = "Software\\Clients\\Mail";
 constexpr char kOutlookKey[] = "Software\\Clients\\Mail\\Microsoft Outlook";
@@ -81,6 +82,8 @@ TEST_F(Search, WithoutMapiEachFunctionGivesItsFixedResultAndEachCallSearchesAgai
         EXPECT_EQ(CountOf(lines, "AutoLoadMAPI - loading MAPI exports\n"), 2);
         EXPECT_EQ(CountOf(lines, "LoadFromSystemDir - loading \"mapi32.dll\"\n"), 2);
         EXPECT_EQ(CountOf(lines, std::string("Function pfn") + probe.name + " not loaded\n"), 2);
+        EXPECT_TRUE(std::none_of(lines.begin(), lines.end(),
+                                 [](const std::string& line) { return line.starts_with("LoadMAPIFuncs"); }));
     }
 }
 
@@ -89,7 +92,7 @@ TEST_F(Search, TheSystemsLibraryServesAMachineWithoutAClient) {
     InstallInSystem("fake_system", "libmapi32.so");
     const LogCapture log;
     for (const Probe& probe : Probes()) {
-        EXPECT_EQ(probe.call(), probe.isVoid ? 0 : kSystem) << probe.name;
+        EXPECT_EQ(probe.call(), probe.From(kSystem)) << probe.name;
     }
     EXPECT_EQ(CountOf(log.Texts("DEBUG"), "AutoLoadMAPI - loading MAPI exports\n"), 1);
 }
@@ -99,7 +102,7 @@ TEST_F(Search, TheClientWinsEntryByEntryAndTheSystemFillsTheGaps) {
     InstallInSystem("fake_system", "libmapi32.so");
     const Installer installer("{C}", "-", FakeFile("fake_few").string());
     for (const Probe& probe : Probes()) {
-        EXPECT_EQ(probe.call(), probe.isVoid ? 0 : probe.isFew ? kFew : kSystem) << probe.name;
+        EXPECT_EQ(probe.call(), probe.From(probe.isFew ? kFew : kSystem)) << probe.name;
     }
     EXPECT_NE(hModMSMAPI.load(), nullptr);
     EXPECT_NE(hModMAPI.load(), hModMSMAPI.load());
@@ -111,7 +114,7 @@ TEST_F(Search, TheStubTellsTheClientWhereMapi32CannotAndTheClientServesAlone) {
     const Installer installer("{C}", "-", FakeFile("fake_client").string());
     const LogCapture log;
     for (const Probe& probe : Probes()) {
-        EXPECT_EQ(probe.call(), probe.isVoid ? 0 : kClient) << probe.name;
+        EXPECT_EQ(probe.call(), probe.From(kClient)) << probe.name;
     }
     EXPECT_EQ(hModMAPI.load(), nullptr);
     EXPECT_NE(hModMAPIStub.load(), nullptr);
@@ -130,7 +133,7 @@ TEST_F(Search, AClientThatDoesNotLoadLeavesTheSystemsLibrary) {
         SCOPED_TRACE(file);
         const Installer installer("{C}", "-", (folder.Path() / file).string());
         const LogCapture log;
-        EXPECT_EQ(MAPIInitialize(nullptr), kSystem);
+        EXPECT_EQ(MAPIInitialize(nullptr), Answer(kSystem, "MAPIInitialize"));
         EXPECT_EQ(hModMSMAPI.load(), nullptr);
         EXPECT_EQ(
             CountOf(log.Texts("DEBUG"), "MyLoadLibrary - \"" + (folder.Path() / file).string() + "\" failed to load\n"),
@@ -144,8 +147,8 @@ TEST_F(Search, UnloadingFreesEveryLibraryAndTheNextCallFindsWhatIsThereThen) {
     const Installer installer("{C}", "-", FakeFile("fake_few").string());
     {
         const TestRegistry registry({ComponentId()});
-        EXPECT_EQ(MAPIInitialize(nullptr), kFew);
-        EXPECT_EQ(MAPILogonEx(0, nullptr, nullptr, 0, nullptr), kSystem);
+        EXPECT_EQ(MAPIInitialize(nullptr), Answer(kFew, "MAPIInitialize"));
+        EXPECT_EQ(MAPILogonEx(0, nullptr, nullptr, 0, nullptr), Answer(kSystem, "MAPILogonEx"));
     }
     ASSERT_NE(GetModuleHandleW(FakePath("fake_few").c_str()), nullptr);
     const LogCapture log;
@@ -156,7 +159,7 @@ TEST_F(Search, UnloadingFreesEveryLibraryAndTheNextCallFindsWhatIsThereThen) {
     EXPECT_EQ(GetModuleHandleW("mapi32.dll"_w), nullptr);
 
     const TestRegistry registry({});
-    EXPECT_EQ(MAPIInitialize(nullptr), kSystem);
+    EXPECT_EQ(MAPIInitialize(nullptr), Answer(kSystem, "MAPIInitialize"));
 }
 
 TEST_F(Search, TheInstallerIsAskedWithTheApplicationsLanguageThenOfficesThenNone) {
@@ -216,6 +219,25 @@ TEST_F(Search, TheDefaultMailClientIsTheOneThatTheRegistryNames) {
     }
     const TestRegistry registry({ComponentId(), other});
     EXPECT_EQ(GetMailKey(nullptr), nullptr) << "no default value";
+}
+
+TEST_F(Search, ThreadsThatMeetInItAllGetTheFunction) {
+    const TestRegistry registry({});
+    InstallInSystem("fake_system", "libmapi32.so");
+    std::atomic<int> answers = 0;
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 8; ++i) {
+        threads.emplace_back([&answers] { answers += MAPILogonEx(0, nullptr, nullptr, 0, nullptr) > 0 ? 1 : 0; });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    EXPECT_EQ(answers, 8);
+    // Each of them may have loaded; UnloadMAPI takes back one.
+    for (HMODULE extra = hModMAPI; GetModuleHandleW("mapi32.dll"_w) != nullptr;) {
+        FreeLibrary(extra);
+    }
+    hModMAPI = nullptr;
 }
 
 }  // namespace

@@ -1,11 +1,13 @@
 #include "tests/provider/mapi/import/fakes/FakeControl.h"
 
+#include <utility>
+
 namespace vx_fake_mapi {
 
-int g_voidCalls = 0;
+const char* g_lastVoidCall = "";
 
 }  // namespace vx_fake_mapi
 
-extern "C" int FakeVoidCalls() {
-    return vx_fake_mapi::g_voidCalls;
+extern "C" const char* FakeLastVoidCall() {
+    return std::exchange(vx_fake_mapi::g_lastVoidCall, "");
 }
