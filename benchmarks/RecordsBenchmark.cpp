@@ -33,7 +33,7 @@ void Fill(CExchObjectData& record, const CStringW& body) {
 
 void FillAndHandOver(benchmark::State& state) {
     const CStringW body(static_cast<std::size_t>(state.range(0)), 'x');
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         CExchObjectData record;
         Fill(record, body);
         VARIANT host;
@@ -50,7 +50,7 @@ BENCHMARK(FillAndHandOver)->ArgName("body")->Arg(0)->Arg(4'000)->Arg(1'000'000);
 void FillAnArrayByHand(benchmark::State& state) {
     CExchObjectData model;
     Fill(model, CStringW());
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         VARIANT host;
         VariantInit(&host);
         host.vt = VT_ARRAY | VT_VARIANT;
@@ -73,7 +73,7 @@ void ReadEveryField(benchmark::State& state) {
     Fill(filled, CStringW(4'000, 'x'));
     VARIANT host;
     filled.Dettach(&host);
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         const CExchObjectData record(&host);
         for (std::size_t i = 0; i < record.GetSize(); ++i) {
             if (record.GetDataType(i) == CExchObject::eDataString) {
@@ -91,7 +91,7 @@ BENCHMARK(ReadEveryField);
 void MakeAListOfUris(benchmark::State& state) {
     const auto count = static_cast<std::size_t>(state.range(0));
     const CStringW id(140, 'A');  // an entry id in hexadecimal
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         CArrayObjectData list(count);
         for (std::size_t i = 0; i < count; ++i) {
             CURIObjectData uri(eUriItem, "Outlook"_w, id, id, 1, true, id, CStringW(), eVxItemEmail);
@@ -114,7 +114,7 @@ void CopyAList(benchmark::State& state) {
         uri.Dettach(&element);
         list.SetVariantFieldVal(i, &element, true);
     }
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         CArrayObjectData copy(list);
         benchmark::DoNotOptimize(copy.GetData(0));
     }

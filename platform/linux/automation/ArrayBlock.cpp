@@ -12,34 +12,35 @@ namespace {
 
 constexpr std::size_t kFactBytes = 16;
 constexpr std::size_t kTypeOffset = 12;  // of the VARTYPE among the facts
+constexpr ULONG kPointerBytes = sizeof(void*);
 constexpr std::uint64_t kMaxElementBytes = std::numeric_limits<ULONG>::max();
 
 constexpr IID kIidDispatch = OleGuid(0x00020400);
 
 constexpr ElementType kElementTypes[] = {
-    {VT_I1, 1, FADF_HAVEVARTYPE},
-    {VT_UI1, 1, FADF_HAVEVARTYPE},
-    {VT_I2, 2, FADF_HAVEVARTYPE},
-    {VT_UI2, 2, FADF_HAVEVARTYPE},
-    {VT_BOOL, 2, FADF_HAVEVARTYPE},
-    {VT_I4, 4, FADF_HAVEVARTYPE},
-    {VT_UI4, 4, FADF_HAVEVARTYPE},
-    {VT_INT, 4, FADF_HAVEVARTYPE},
-    {VT_UINT, 4, FADF_HAVEVARTYPE},
-    {VT_R4, 4, FADF_HAVEVARTYPE},
-    {VT_ERROR, 4, FADF_HAVEVARTYPE},
-    {VT_I8, 8, FADF_HAVEVARTYPE},
-    {VT_UI8, 8, FADF_HAVEVARTYPE},
-    {VT_INT_PTR, 8, FADF_HAVEVARTYPE},
-    {VT_UINT_PTR, 8, FADF_HAVEVARTYPE},
-    {VT_R8, 8, FADF_HAVEVARTYPE},
-    {VT_CY, 8, FADF_HAVEVARTYPE},
-    {VT_DATE, 8, FADF_HAVEVARTYPE},
-    {VT_DECIMAL, sizeof(DECIMAL), FADF_HAVEVARTYPE},
-    {VT_BSTR, sizeof(BSTR), FADF_HAVEVARTYPE | FADF_BSTR},
-    {VT_VARIANT, sizeof(VARIANT), FADF_HAVEVARTYPE | FADF_VARIANT},
-    {VT_UNKNOWN, sizeof(IUnknown*), FADF_HAVEIID | FADF_UNKNOWN},
-    {VT_DISPATCH, sizeof(IDispatch*), FADF_HAVEIID | FADF_DISPATCH},
+    {VT_I1, FADF_HAVEVARTYPE, 1},
+    {VT_UI1, FADF_HAVEVARTYPE, 1},
+    {VT_I2, FADF_HAVEVARTYPE, 2},
+    {VT_UI2, FADF_HAVEVARTYPE, 2},
+    {VT_BOOL, FADF_HAVEVARTYPE, 2},
+    {VT_I4, FADF_HAVEVARTYPE, 4},
+    {VT_UI4, FADF_HAVEVARTYPE, 4},
+    {VT_INT, FADF_HAVEVARTYPE, 4},
+    {VT_UINT, FADF_HAVEVARTYPE, 4},
+    {VT_R4, FADF_HAVEVARTYPE, 4},
+    {VT_ERROR, FADF_HAVEVARTYPE, 4},
+    {VT_I8, FADF_HAVEVARTYPE, 8},
+    {VT_UI8, FADF_HAVEVARTYPE, 8},
+    {VT_INT_PTR, FADF_HAVEVARTYPE, 8},
+    {VT_UINT_PTR, FADF_HAVEVARTYPE, 8},
+    {VT_R8, FADF_HAVEVARTYPE, 8},
+    {VT_CY, FADF_HAVEVARTYPE, 8},
+    {VT_DATE, FADF_HAVEVARTYPE, 8},
+    {VT_DECIMAL, FADF_HAVEVARTYPE, sizeof(DECIMAL)},
+    {VT_BSTR, FADF_HAVEVARTYPE | FADF_BSTR, kPointerBytes},
+    {VT_VARIANT, FADF_HAVEVARTYPE | FADF_VARIANT, sizeof(VARIANT)},
+    {VT_UNKNOWN, FADF_HAVEIID | FADF_UNKNOWN, kPointerBytes},
+    {VT_DISPATCH, FADF_HAVEIID | FADF_DISPATCH, kPointerBytes},
 };
 
 std::byte* FactsOf(const SAFEARRAY& array) {
@@ -119,7 +120,7 @@ SAFEARRAY* AllocateArray(const ElementType& type, USHORT dims, const SAFEARRAYBO
 }
 
 SAFEARRAY* AllocateLike(const SAFEARRAY& model) noexcept {
-    const ElementType type = {VT_EMPTY, model.cbElements, model.fFeatures};
+    const ElementType type = {VT_EMPTY, model.fFeatures, model.cbElements};
     SAFEARRAY* array = AllocateBlock(type, model.cDims, model.rgsabound);
     if (array != nullptr) {
         std::memcpy(FactsOf(*array), FactsOf(model), kFactBytes);
@@ -201,12 +202,12 @@ VARTYPE StoredType(const SAFEARRAY& array) noexcept {
 
 SAFEARRAY* Link(const SAFEARRAY& array) noexcept {
     SAFEARRAY* next = nullptr;
-    std::memcpy(&next, FactsOf(array), sizeof(next));
+    std::memcpy(&next, FactsOf(array), kPointerBytes);
     return next;
 }
 
 void SetLink(SAFEARRAY& array, SAFEARRAY* next) noexcept {
-    std::memcpy(FactsOf(array), &next, sizeof(next));
+    std::memcpy(FactsOf(array), &next, kPointerBytes);
 }
 
 }  // namespace automation

@@ -19,8 +19,8 @@ enum class Content { Plain, Texts, Interfaces, Variants };
 // How an element type is stored: a row of a table, or null for a type that no element has.
 struct ElementType {
     VARTYPE vt;
-    ULONG size;       // bytes
     USHORT features;  // FADF_ flags of an array of it
+    ULONG size;       // bytes
 };
 const ElementType* FindElementType(VARTYPE vt) noexcept;
 

@@ -115,7 +115,7 @@ HRESULT CompoundReader::LoadFatSectors() {
 HRESULT CompoundReader::ReadChain(SectorChain& chain, ChainKind kind, std::uint64_t offset, std::span<std::byte> out,
                                   std::size_t& got) {
     AllocationTable& table = kind == ChainKind::Mini ? *m_miniFat : *m_fat;
-    const std::uint64_t sectorBytes = kind == ChainKind::Mini ? kMiniSectorBytes : m_header.SectorBytes();
+    const std::uint64_t sectorBytes = UnitOf(kind);
     got = 0;
     while (got < out.size()) {
         const std::uint64_t at = offset + got;
@@ -137,6 +137,11 @@ HRESULT CompoundReader::ReadChain(SectorChain& chain, ChainKind kind, std::uint6
         got += bytes;
     }
     return S_OK;
+}
+
+std::uint64_t CompoundReader::SectorsFor(ChainKind kind, std::uint64_t size) const noexcept {
+    const std::uint64_t unit = UnitOf(kind);
+    return size / unit + (size % unit != 0 ? 1 : 0);
 }
 
 HRESULT CompoundReader::ReadEntry(std::uint32_t id, DirectoryEntry& entry) {

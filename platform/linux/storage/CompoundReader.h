@@ -36,6 +36,9 @@ public:
     // Reads entry `id` of the directory. STG_E_DOCFILECORRUPT when the directory does not reach as far.
     [[nodiscard]] HRESULT ReadEntry(std::uint32_t id, DirectoryEntry& entry);
 
+    // How many sectors a stream of `size` bytes has.
+    std::uint64_t SectorsFor(ChainKind kind, std::uint64_t size) const noexcept;
+
     const DirectoryEntry& Root() const noexcept { return m_root; }
 
     // Bytes that the file has in sectors: no stream is longer, nor are all together.
@@ -51,6 +54,9 @@ private:
 
     [[nodiscard]] HRESULT Load();
     [[nodiscard]] HRESULT LoadFatSectors();
+    std::uint64_t UnitOf(ChainKind kind) const noexcept {
+        return kind == ChainKind::Mini ? kMiniSectorBytes : m_header.SectorBytes();
+    }
     [[nodiscard]] HRESULT ReadSectors(std::uint64_t sector, std::uint64_t within, std::span<std::byte> out);
     [[nodiscard]] HRESULT ReadRun(std::uint64_t offsetInMiniStream, std::span<std::byte> out);
 

@@ -19,7 +19,7 @@ constexpr std::uint64_t UnitsFor(std::uint64_t bytes, std::uint64_t unit) noexce
 class SiblingTree {
 public:
     SiblingTree(std::vector<DirectoryEntry>& entries, std::size_t count)
-        : m_entries(entries), m_redLevel(std::has_single_bit(count + 1) ? kNoLevel : std::bit_width(count) - 1) {}
+        : m_entries(entries), m_redLevel(std::has_single_bit(count + 1) ? kNoLevel : static_cast<int>(std::bit_width(count)) - 1) {}
 
     std::uint32_t Build(std::uint32_t first, std::uint32_t count, int level) {
         if (count == 0) {

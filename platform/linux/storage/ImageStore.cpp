@@ -8,7 +8,6 @@
 #include <cstdio>
 #include <fcntl.h>
 #include <unistd.h>
-#include <utility>
 
 namespace vx_storage {
 namespace {
@@ -200,6 +199,12 @@ PathStore::PathStore(std::filesystem::path path, const ShareClaim& claim, std::s
     Remember();
 }
 
+PathStore::~PathStore() {
+    if (m_isNew) {  // it never became a compound file
+        unlink(m_path.c_str());
+    }
+}
+
 HRESULT PathStore::Open(const std::filesystem::path& path, const ShareClaim& claim, std::unique_ptr<PathStore>& store) {
     const std::filesystem::path resolved = Resolved(path);
     std::shared_ptr<FileBytes> file;
@@ -237,8 +242,10 @@ HRESULT PathStore::Replace(const ImageLayout& layout, const std::shared_ptr<Comp
         Remember();
         return hr;
     };
-    if (std::exchange(m_isNew, false)) {
-        return inPlace();
+    if (m_isNew) {
+        const HRESULT hr = inPlace();
+        m_isNew = FAILED(hr);
+        return hr;
     }
     std::filesystem::path beside;
     std::shared_ptr<FileBytes> file;

@@ -62,6 +62,9 @@ public:
     [[nodiscard]] static HRESULT CreateTemporary(const ShareClaim& claim, std::unique_ptr<PathStore>& store);
 
     PathStore(std::filesystem::path path, const ShareClaim& claim, std::shared_ptr<FileBytes> file, bool isNew);
+    PathStore(const PathStore&) = delete;
+    PathStore& operator=(const PathStore&) = delete;
+    ~PathStore() override;
 
     void DeleteAtClose() noexcept { m_deleteAtClose = true; }
     // True for a file that was made here and has no image yet.

@@ -45,6 +45,9 @@ HRESULT SectorChain::Find(AllocationTable& table, std::uint64_t index, std::uint
         m_marks.push_back(m_first);
         m_started = true;
     }
+    if (index >= m_end) {
+        return STG_E_DOCFILECORRUPT;
+    }
     m_cursor = NearestBefore(index);
     while (m_cursor.index < index) {
         if (const HRESULT hr = Advance(table, m_cursor); FAILED(hr)) {
@@ -75,26 +78,72 @@ HRESULT SectorChain::Advance(AllocationTable& table, Place& place) {
     }
     const Place reached = {place.index + 1, next};
     if (reached.index > m_frontier.index) {
-        if (!table.Holds(next) || ClosesLoop(reached)) {
+        if (!table.Holds(next)) {
             m_end = reached.index;
             return STG_E_DOCFILECORRUPT;
         }
+        if (const std::uint64_t loop = LoopClosedBy(reached); loop != 0) {
+            const HRESULT hr = FindFirstRepeat(table, loop, m_end);
+            return FAILED(hr) ? hr : STG_E_DOCFILECORRUPT;
+        }
         m_frontier = reached;
         Mark(reached);
+        if (reached.index + 1 == m_needed) {
+            if (const HRESULT hr = CheckTail(table); FAILED(hr)) {
+                return hr;
+            }
+        }
     }
     place = reached;
-    return S_OK;
+    return reached.index < m_end ? S_OK : STG_E_DOCFILECORRUPT;
 }
 
-bool SectorChain::ClosesLoop(const Place& place) noexcept {
+// The length of the loop that a step to `place` closes, or 0.
+std::uint64_t SectorChain::LoopClosedBy(const Place& place) noexcept {
     if (place.sector == m_tortoise.sector) {
-        return true;
+        return place.index - m_tortoise.index;
     }
     if (place.index - m_tortoise.index == m_tortoiseLeap) {
         m_tortoise = place;
         m_tortoiseLeap *= 2;
     }
-    return false;
+    return 0;
+}
+
+// Of two walkers that keep the length of the loop between them, the hind one meets the other where the loop begins.
+HRESULT SectorChain::FindFirstRepeat(AllocationTable& table, std::uint64_t loop, std::uint64_t& index) const {
+    std::uint32_t hind = m_first;
+    std::uint32_t front = m_first;
+    for (std::uint64_t i = 0; i < loop; ++i) {
+        if (const HRESULT hr = table.Next(front, front); FAILED(hr)) {
+            return hr;
+        }
+    }
+    for (index = loop; hind != front; ++index) {
+        if (const HRESULT hr = table.Next(hind, hind); FAILED(hr)) {
+            return hr;
+        }
+        if (const HRESULT hr = table.Next(front, front); FAILED(hr)) {
+            return hr;
+        }
+    }
+    return S_OK;
+}
+
+// A loop shows only some way behind the sector that comes twice, which may be behind the last one that is needed. So
+// the walk goes on from there: one step in a sound chain, which ends.
+HRESULT SectorChain::CheckTail(AllocationTable& table) {
+    Place place = m_frontier;
+    while (SUCCEEDED(table.Next(place.sector, place.sector)) && table.Holds(place.sector)) {
+        ++place.index;
+        if (const std::uint64_t loop = LoopClosedBy(place); loop != 0) {
+            std::uint64_t repeat = 0;
+            const HRESULT hr = FindFirstRepeat(table, loop, repeat);
+            m_end = repeat < m_needed ? repeat : m_end;
+            return hr;
+        }
+    }
+    return S_OK;
 }
 
 void SectorChain::Mark(const Place& place) {

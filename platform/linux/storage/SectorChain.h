@@ -42,7 +42,8 @@ private:
 
 class SectorChain {
 public:
-    explicit SectorChain(std::uint32_t first) noexcept : m_first(first) {}
+    // The chain that begins at sector `first`, of which `needed` sectors are meant; what follows those does not matter.
+    explicit SectorChain(std::uint32_t first, std::uint64_t needed = kAll) noexcept : m_first(first), m_needed(needed) {}
 
     // Finds the sector at place `index` of the chain, and how many of the next ones, up to `most`, directly follow it
     // in the file: `sector` to `sector + count - 1`.
@@ -50,6 +51,8 @@ public:
                                   std::uint32_t& sector, std::uint64_t& count);
 
 private:
+    static constexpr std::uint64_t kAll = ~std::uint64_t{0};
+
     struct Place {
         std::uint64_t index = 0;
         std::uint32_t sector = 0;
@@ -58,16 +61,19 @@ private:
     [[nodiscard]] HRESULT Find(AllocationTable& table, std::uint64_t index, std::uint32_t& sector);
     [[nodiscard]] Place NearestBefore(std::uint64_t index) const noexcept;
     [[nodiscard]] HRESULT Advance(AllocationTable& table, Place& place);
-    [[nodiscard]] bool ClosesLoop(const Place& place) noexcept;
+    [[nodiscard]] std::uint64_t LoopClosedBy(const Place& place) noexcept;
+    [[nodiscard]] HRESULT FindFirstRepeat(AllocationTable& table, std::uint64_t loop, std::uint64_t& index) const;
+    [[nodiscard]] HRESULT CheckTail(AllocationTable& table);
     void Mark(const Place& place);
 
     std::uint32_t m_first;
+    std::uint64_t m_needed;
     bool m_started = false;
     Place m_cursor;                    // where the last search ended
     Place m_frontier;                  // the farthest place reached
     Place m_tortoise;                  // Brent's: a loop is found when the frontier meets it again
     std::uint64_t m_tortoiseLeap = 1;
-    std::uint64_t m_end = ~std::uint64_t{0};  // no place from here on, as found at the frontier
+    std::uint64_t m_end = kAll;               // from this place on there is no chain, as far as is known
     std::vector<std::uint32_t> m_marks;       // the sectors at places 0, m_markStride, 2 * m_markStride ...
     std::uint64_t m_markStride = kChainMarkStride;
 };

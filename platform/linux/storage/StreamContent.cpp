@@ -9,6 +9,7 @@ StreamContent::StreamContent(std::shared_ptr<CompoundReader> file, std::uint32_t
                              std::uint64_t size) noexcept
     : m_size(size),
       m_file(std::move(file)),
+      m_fileSize(size),
       m_fileLimit(size),
       m_startSector(startSector),
       m_kind(size < kMiniStreamCutoff ? ChainKind::Mini : ChainKind::Regular) {}
@@ -53,7 +54,7 @@ HRESULT StreamContent::ReadFile(std::uint64_t offset, std::span<std::byte> out, 
     const auto there = static_cast<std::size_t>(std::min<std::uint64_t>(left, out.size()));
     if (there > 0) {
         if (m_chain == nullptr) {
-            m_chain = std::make_shared<SectorChain>(m_startSector);
+            m_chain = std::make_shared<SectorChain>(m_startSector, m_file->SectorsFor(m_kind, m_fileSize));
         }
         if (const HRESULT hr = m_file->ReadChain(*m_chain, m_kind, offset, out.first(there), got); FAILED(hr)) {
             return hr;

@@ -46,6 +46,7 @@ private:
     std::uint64_t m_size = 0;
     std::vector<std::shared_ptr<PendingBlock>> m_blocks;  // null where nothing was written
     std::shared_ptr<CompoundReader> m_file;
+    std::uint64_t m_fileSize = 0;   // of the stream in the file
     std::uint64_t m_fileLimit = 0;  // bytes from here on are not the file's, even where no block is
     std::uint32_t m_startSector = kEndOfChain;
     ChainKind m_kind = ChainKind::Regular;

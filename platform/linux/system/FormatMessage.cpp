@@ -34,6 +34,7 @@ public:
             return reinterpret_cast<const DWORD_PTR*>(m_given)[number - 1];
         }
         while (m_drawn.size() < number) {
+            // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): the caller of FormatMessageW started it.
             m_drawn.push_back(va_arg(*m_given, DWORD_PTR));
         }
         return m_drawn[number - 1];

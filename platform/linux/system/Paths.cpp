@@ -19,7 +19,7 @@ namespace {
 
 // $HOME, else what the user database says; empty when neither knows.
 std::filesystem::path HomeFolder() {
-    if (const auto home = AbsoluteVariable("HOME"); !home.empty()) {
+    if (auto home = AbsoluteVariable("HOME"); !home.empty()) {
         return home;
     }
     std::vector<char> buffer(16'384);
@@ -44,7 +44,7 @@ CStringW FromPath(const std::filesystem::path& path) {
 }
 
 std::filesystem::path ConfigurationFolder() {
-    if (const auto own = vx_system::Variable("VX_HOME"); !own.empty()) {
+    if (auto own = vx_system::Variable("VX_HOME"); !own.empty()) {
         return own;
     }
     if (const auto settings = vx_system::AbsoluteVariable("XDG_CONFIG_HOME"); !settings.empty()) {

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <cstring>
 #include <vector>
 
@@ -61,7 +62,8 @@ TEST(SafeArray, HasTheElementSizeAndFlagsOfItsType) {
             EXPECT_EQ(each->cLocks, 0U);
             EXPECT_EQ(each->rgsabound[0].cElements, 2U);
             EXPECT_EQ(each->rgsabound[0].lLbound, -1);
-            EXPECT_EQ(std::memcmp(each->pvData, std::vector<char>(2 * row.size).data(), 2 * row.size), 0);
+            const std::vector<char> zeros(std::size_t{2} * row.size);
+            EXPECT_EQ(std::memcmp(each->pvData, zeros.data(), zeros.size()), 0);
             VARTYPE vt = 0;
             EXPECT_EQ(SafeArrayGetVartype(each, &vt), S_OK);
             EXPECT_EQ(vt, row.vt);

@@ -211,6 +211,36 @@ TEST(ByteArrays, AreChangedInPlace) {
     }
 }
 
+// The commit overwrites the very bytes that the open transaction reads from.
+TEST(ByteArrays, AreChangedInPlaceUnderAnOpenTransaction) {
+    Held<ILockBytes> bytes;
+    ASSERT_EQ(CreateILockBytesOnHGlobal(nullptr, TRUE, bytes.Put()), S_OK);
+    Held<IStorage> root;
+    Held<IStorage> inner;
+    ASSERT_EQ(StgCreateDocfileOnILockBytes(bytes.Get(), kExclusive | STGM_CREATE, 0, root.Put()), S_OK);
+    ASSERT_EQ(root->CreateStorage("inner"_w, kExclusive, 0, 0, inner.Put()), S_OK);
+    AddStream(inner.Get(), "large"_w, Pattern(50'000, 1));
+    AddStream(inner.Get(), "small"_w, Pattern(200, 2));
+    inner.Reset();
+    root.Reset();
+    const std::map<CStringW, Bytes> before = {{"large"_w, Pattern(50'000, 1)}, {"small"_w, Pattern(200, 2)}};
+    ASSERT_EQ(StgOpenStorageOnILockBytes(bytes.Get(), nullptr, kExclusive, nullptr, 0, root.Put()), S_OK);
+    ASSERT_EQ(root->OpenStorage("inner"_w, nullptr, kExclusive | STGM_TRANSACTED, nullptr, 0, inner.Put()), S_OK);
+    AddStream(root.Get(), "a"_w, Pattern(20'000, 3));
+    AddStream(root.Get(), "b"_w, Pattern(100, 4));
+    EXPECT_EQ(root->Commit(STGC_DEFAULT), S_OK);
+    EXPECT_EQ(Tree(inner.Get()), before);
+    EXPECT_EQ(inner->DestroyElement("small"_w), S_OK);
+    EXPECT_EQ(inner->Commit(STGC_DEFAULT), S_OK);
+    inner.Reset();
+    EXPECT_EQ(root->Commit(STGC_DEFAULT), S_OK);
+    root.Reset();
+    ASSERT_EQ(StgOpenStorageOnILockBytes(bytes.Get(), nullptr, kReadOnly, nullptr, 0, root.Put()), S_OK);
+    const std::map<CStringW, Bytes> after = {
+        {"a"_w, Pattern(20'000, 3)}, {"b"_w, Pattern(100, 4)}, {"inner/large"_w, Pattern(50'000, 1)}};
+    EXPECT_EQ(Tree(root.Get()), after);
+}
+
 TEST(ByteArrays, ThatAreNoStorageAreRefused) {
     Held<ILockBytes> bytes;
     ASSERT_EQ(CreateILockBytesOnHGlobal(nullptr, TRUE, bytes.Put()), S_OK);

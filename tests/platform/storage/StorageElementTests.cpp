@@ -114,9 +114,8 @@ TEST_F(StorageElements, AreEnumeratedByLengthThenUpperCase) {
     }
     MakeStorage(m_root.Get(), "C"_w);
     Reopen(kExclusive);
-    const std::vector<CStringW> expected = {"a"_w,   "B"_w,   "C/"_w,  "\x01" "c"_w, "AA"_w,    "aB"_w,
-                                            "b1"_w,  "a-b"_w, "s64"_w, "sub"_w,      "empty"_w, "__substg1.0_001A001F"_w};
-    EXPECT_EQ(Names(m_root.Get()), expected);
+    EXPECT_EQ(Names(m_root.Get()), Wide({"a", "B", "C/", "\x01" "c", "AA", "aB", "b1", "a-b", "s64", "sub", "empty",
+                                         "__substg1.0_001A001F"}));
 }
 
 TEST_F(StorageElements, EnumeratorsCountSkipCloneAndSeeChanges) {
@@ -161,7 +160,7 @@ TEST_F(StorageElements, KeepContentsUnderANewName) {
     EXPECT_EQ(m_root->RenameElement("old"_w, "a much longer new name"_w), S_OK);
     EXPECT_EQ(m_root->RenameElement("FOLDER"_w, "f"_w), S_OK);
     Reopen(kReadOnly);
-    EXPECT_EQ(Names(m_root.Get()), (std::vector<CStringW>{"f/"_w, "a much longer new name"_w}));
+    EXPECT_EQ(Names(m_root.Get()), Wide({"f/", "a much longer new name"}));
     Bytes bytes;
     EXPECT_EQ(ReadStream(m_root.Get(), "a much longer new name"_w, bytes), S_OK);
     EXPECT_EQ(bytes, Pattern(5000, 1));
@@ -218,6 +217,41 @@ TEST_F(StorageElements, OfAReleasedStorageAreReverted) {
     storage.Reset();
     m_root.Reset();
     EXPECT_CODE(stream->Write(&byte, 1, &count), STG_E_REVERTED);
+}
+
+TEST_F(StorageElements, AreObjectsOfTheirInterfacesOnly) {
+    Held<IStream> stream;
+    Held<IEnumSTATSTG> enumerator;
+    ASSERT_EQ(m_root->CreateStream("s"_w, kExclusive, 0, 0, stream.Put()), S_OK);
+    ASSERT_EQ(m_root->EnumElements(0, nullptr, 0, enumerator.Put()), S_OK);
+    const struct {
+        const char* name;
+        IUnknown* object;
+        std::vector<IID> known;
+    } rows[] = {
+        {"storage", m_root.Get(), {IID_IUnknown, IID_IStorage}},
+        {"stream", stream.Get(), {IID_IUnknown, IID_ISequentialStream, IID_IStream}},
+        {"enumerator", enumerator.Get(), {IID_IUnknown, IID_IEnumSTATSTG}},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        Held<IUnknown> identity;
+        ASSERT_EQ(row.object->QueryInterface(IID_IUnknown, reinterpret_cast<void**>(identity.Put())), S_OK);
+        for (const IID& iid : {IID_IUnknown, IID_IStorage, IID_ISequentialStream, IID_IStream, IID_IEnumSTATSTG,
+                               IID_ILockBytes, IID_IMalloc}) {
+            const bool known = std::any_of(row.known.begin(), row.known.end(),
+                                           [&](const IID& one) { return IsEqualGUID(one, iid); });
+            Held<IUnknown> found;
+            Held<IUnknown> again;
+            EXPECT_CODE(row.object->QueryInterface(iid, reinterpret_cast<void**>(found.Put())),
+                        known ? S_OK : E_NOINTERFACE);
+            EXPECT_EQ(static_cast<bool>(found), known);
+            if (known) {
+                EXPECT_EQ(found->QueryInterface(IID_IUnknown, reinterpret_cast<void**>(again.Put())), S_OK);
+                EXPECT_EQ(again.Get(), identity.Get());
+            }
+        }
+    }
 }
 
 TEST_F(StorageElements, CarryClassAndStateBits) {
@@ -288,13 +322,13 @@ TEST_F(StorageElements, CopyToLeavesOutKinds) {
     const struct {
         const char* name;
         std::vector<IID> excluded;
-        std::vector<CStringW> expected;
+        std::vector<std::string> expected;
     } rows[] = {
-        {"nothing", {}, {"inner/deep"_w, "stream"_w}},
-        {"storages", {IID_IStorage}, {"stream"_w}},
-        {"streams", {IID_IStream}, {"inner/"_w}},
+        {"nothing", {}, {"inner/deep", "stream"}},
+        {"storages", {IID_IStorage}, {"stream"}},
+        {"streams", {IID_IStream}, {"inner/"}},
         {"both", {IID_IStream, IID_IStorage}, {}},
-        {"something else", {IID_ILockBytes}, {"inner/deep"_w, "stream"_w}},
+        {"something else", {IID_ILockBytes}, {"inner/deep", "stream"}},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
@@ -306,7 +340,7 @@ TEST_F(StorageElements, CopyToLeavesOutKinds) {
         for (const auto& [path, bytes] : Tree(target.Get())) {
             found.push_back(path);
         }
-        EXPECT_EQ(found, row.expected);
+        EXPECT_EQ(found, Wide(row.expected));
     }
 }
 

@@ -93,6 +93,15 @@ inline void WriteFile(const std::filesystem::path& path, const Bytes& bytes) {
     file.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
 }
 
+// Several names at once. (clang 14 ends with a fault of its own on a list of wide literals.)
+inline std::vector<CStringW> Wide(const std::vector<std::string>& names) {
+    std::vector<CStringW> wide;
+    for (const std::string& name : names) {
+        wide.emplace_back(name.begin(), name.end());
+    }
+    return wide;
+}
+
 // Bytes that tell by their place and seed where they came from.
 inline Bytes Pattern(std::size_t size, std::uint32_t seed) {
     Bytes bytes(size);

@@ -27,7 +27,7 @@ Outcome FormatWith(DWORD flags, LPCWSTR format, va_list* arguments) {
 Outcome Format(DWORD flags, LPCWSTR format, ...) {
     va_list arguments;
     va_start(arguments, format);
-    const Outcome outcome = FormatWith(flags, format, &arguments);
+    Outcome outcome = FormatWith(flags, format, &arguments);
     va_end(arguments);
     return outcome;
 }

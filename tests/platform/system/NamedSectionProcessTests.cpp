@@ -183,6 +183,7 @@ TEST(NamedSection, IsMadeOnceByManyProcessesAtATime) {
     for (int round = 0; round < 20; ++round) {
         HANDLE anchor = round % 2 == 0 ? nullptr : Create(name, 64);
         std::vector<Child> racers;
+        racers.reserve(4);
         for (int i = 0; i < 4; ++i) {
             racers.emplace_back([&] {
                 for (int turn = 0; turn < 20; ++turn) {

@@ -7,12 +7,6 @@
 #include <algorithm>
 #include <cstring>
 
-#ifndef _WIN32
-#include <sys/mman.h>
-#include <sys/stat.h>
-#include <sys/statvfs.h>
-#endif
-
 namespace {
 
 // A name that no other run of these tests uses.
@@ -42,7 +36,7 @@ TEST(NamedSection, IsFoundByItsNameAndHoldsTheSameBytes) {
     auto* written = static_cast<char*>(MapViewOfFile(first, FILE_MAP_WRITE, 0, 0, 0));
     ASSERT_NE(written, nullptr);
     EXPECT_EQ(std::count(written, written + 1234, '\0'), 1234) << "fresh memory is zero";
-    std::memcpy(written, "payload", 7);
+    std::copy_n("payload", 7, written);
     written[1233] = '!';
 
     HANDLE second = Create(name, 1234);

@@ -6,8 +6,6 @@
 
 #include <gtest/gtest.h>
 
-#include <optional>
-
 #include <sys/stat.h>
 
 namespace {

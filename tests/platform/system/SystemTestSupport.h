@@ -56,7 +56,7 @@ public:
     [[nodiscard]] const std::filesystem::path& Path() const { return m_path; }
 
     std::filesystem::path Write(std::string_view name, std::string_view bytes) const {
-        const std::filesystem::path path = m_path / name;
+        std::filesystem::path path = m_path / name;
         std::ofstream(path, std::ios::binary) << bytes;
         return path;
     }
