@@ -73,8 +73,8 @@ public:
     VARIANT* GetVariantFieldVal(std::size_t index);
     const VARIANT* GetVariantFieldVal(std::size_t index) const;
 
-    // Setting. `fresh` says that the element holds nothing yet, so that there is nothing to clear. Three operations take
-    // no notice: for 64-bit integers and booleans a set element is cleared in any case, and for doubles and bytes never.
+    // Setting. `fresh` says that the element holds nothing yet, so that there is nothing to clear. 64-bit integers and
+    // booleans take no notice of it and clear a set element in any case; doubles and bytes never clear one.
 
     // Moves *value into the record, which owns what it holds from then on: the caller must not clear *value. Setting an
     // element to itself does nothing. The index must be in range, or *value stays the caller's.
@@ -117,7 +117,7 @@ public:
     // Whether the element is neither VT_EMPTY nor VT_NULL.
     bool IsFieldSet(std::size_t index) const;
 
-    // What the element holds, as a number that the host's side uses too.
+    // What GetDataType tells about an element.
     enum DataType : int {
         eDataOther = 0,  // unset, or of a type not listed here
         eDataInt = 1,    // VT_I4, VT_INT

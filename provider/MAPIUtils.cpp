@@ -85,11 +85,8 @@ void LogErrorNumber(const WCHAR* format, ULONG number) {
     }
 }
 
-// Sessions and stores both have GetLastError, but no interface in common that has it.
-template <typename Object>
-void LogLastErrorOf(HRESULT hr, Object* object) {
-    VxMapiFrBufPtr<MAPIERROR> error;
-    if (FAILED(object->GetLastError(hr, 0, &error)) || error.get() == nullptr) {
+void LogMapiError(const MAPIERROR* error) {
+    if (error == nullptr) {
         VX_LOG('E') << Vx::LogMsg("get last error did not return information"_w);
         return;
     }
@@ -98,6 +95,14 @@ void LogLastErrorOf(HRESULT hr, Object* object) {
     LogErrorNumber("context is %x "_w, error->ulContext);
     LogErrorNumber("low level error is %x "_w, error->ulLowLevelError);
     LogErrorNumber("version is %x "_w, error->ulVersion);
+}
+
+// Sessions and stores both have GetLastError, but no interface in common that has it.
+template <typename Object>
+void LogLastErrorOf(HRESULT hr, Object* object) {
+    VxMapiFrBufPtr<MAPIERROR> error;
+    const HRESULT asked = object->GetLastError(hr, 0, &error);
+    LogMapiError(SUCCEEDED(asked) ? error.get() : nullptr);
 }
 
 }  // namespace

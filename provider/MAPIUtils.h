@@ -102,7 +102,7 @@ public:
     // caller's to free(); null on failure. E_OUTOFMEMORY for a stream of 4 GiB and more.
     static HRESULT CopyWrappedRtfStreamToBuffer(IStream* stream, char** buffer);
 
-    // ---- Storages and streams into files; see MapiStorages.cpp for what stays behind after a failure ----
+    // ---- Storages into memory, storages and streams into files ----
 
     // The bytes of a compound file with the storage's class and elements; `*size` counts them. E_OUTOFMEMORY when there
     // are more than `maxSize`.

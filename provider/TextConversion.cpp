@@ -29,10 +29,12 @@ HRESULT ConvertIntoNewBlock(const From* in, To** out, int length, Convert conver
     if (length < -1) {
         return E_INVALIDARG;
     }
-    // The system's conversion takes a length of 0 for an error, but an empty text is a text.
-    const int needed = length == 0 ? 0 : convert(nullptr, 0);
-    if (length != 0 && needed <= 0) {
-        return LastErrorAsResult();
+    int needed = 0;  // stays so for a length of 0, which the system's conversion takes for an error
+    if (length != 0) {
+        needed = convert(nullptr, 0);
+        if (needed <= 0) {
+            return LastErrorAsResult();
+        }
     }
     // With a given length the terminator is not part of what is converted; one unit more than needed ends both forms.
     std::unique_ptr<To[]> block(new (std::nothrow) To[static_cast<std::size_t>(needed) + 1]());

@@ -54,6 +54,7 @@ Result<Heap> Heap::Open(Database& database, const NodeEntry& node, NodeId owner)
     if (!header.Has(0, kHeaderSize) || header.U8(2) != kSignature) {
         return heap.Broken("does not begin like one");
     }
+    heap.m_isDoubtful = !first->crcFits;
     heap.m_clientSignature = header.U8(3);
     heap.m_userRoot = HeapId{header.U32(4)};
     return heap;
@@ -66,6 +67,7 @@ Result<HeldBytes> Heap::Item(HeapId id) {
     const unsigned bits = m_database->Header().layout->heapIndexBits;
     const std::uint32_t index = (id.value >> 5) & ((1U << bits) - 1);
     VX_TRY_ASSIGN(BufferHold block, m_data.ReadBlock(id.value >> (5 + bits)));
+    m_isDoubtful = m_isDoubtful || !block->crcFits;
     const auto item = ItemOf(block->bytes, index);
     if (item.fault != nullptr) {
         return Broken(item.fault + (" (item " + Hex(id.value) + ")"));

@@ -44,6 +44,9 @@ public:
     // The data of a sub-node.
     Result<DataStream> OpenSubnodeData(NodeId id);
 
+    // True once a block was read that fails its CRC: what it holds may be right, or wrong in one place.
+    bool IsDoubtful() const noexcept { return m_isDoubtful; }
+
     const SubnodeTree& Subnodes() const noexcept { return m_subnodes; }
     Database& Owner() const noexcept { return *m_database; }
     NodeId OwnerId() const noexcept { return m_owner; }
@@ -58,6 +61,7 @@ private:
     SubnodeTree m_subnodes;
     std::uint8_t m_clientSignature = 0;
     HeapId m_userRoot;
+    bool m_isDoubtful = false;
 };
 
 }  // namespace localmapi::pst

@@ -39,6 +39,7 @@ Result<TableContext> TableContext::Open(Database& database, const NodeEntry& nod
         table.m_isComplete = false;
     }
     VX_TRY(table.LoadIndex(HeapId{info.view.U32(10)}));
+    table.m_isComplete = table.m_isComplete && !table.m_heap.IsDoubtful();
     return table;
 }
 

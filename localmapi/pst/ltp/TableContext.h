@@ -39,7 +39,8 @@ public:
     std::size_t RowCount() const noexcept { return m_rows.size(); }
     std::uint32_t RowId(std::size_t row) const noexcept { return m_rows[row].id; }
 
-    // False when rows may be missing because part of the table could not be read.
+    // False when rows may be missing, or their ids be wrong, because part of the table could not be read or fails its
+    // CRC.
     bool IsComplete() const noexcept { return m_isComplete; }
 
     // The stored bytes of a row, for Cell. Corrupt or ReadFailed.

@@ -23,7 +23,7 @@ std::uint64_t ValueStream::Size() const noexcept {
     if (const auto* held = std::get_if<HeldBytes>(&m_bytes)) {
         return held->view.Size();
     }
-    return std::get_if<DataStream>(&m_bytes)->Size();
+    return (*std::get_if<std::unique_ptr<DataStream>>(&m_bytes))->Size();
 }
 
 Result<std::size_t> ValueStream::ReadAt(std::uint64_t offset, std::span<std::byte> out) {
@@ -33,7 +33,7 @@ Result<std::size_t> ValueStream::ReadAt(std::uint64_t offset, std::span<std::byt
     if (const auto* held = std::get_if<HeldBytes>(&m_bytes)) {
         return CopyInto(out, held->view.Part(offset));
     }
-    return std::get_if<DataStream>(&m_bytes)->ReadAt(offset, out);
+    return (*std::get_if<std::unique_ptr<DataStream>>(&m_bytes))->ReadAt(offset, out);
 }
 
 Result<Bytes> ValueStream::ReadAll(std::uint64_t limit) {

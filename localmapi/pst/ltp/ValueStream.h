@@ -9,7 +9,9 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <span>
+#include <utility>
 #include <variant>
 
 namespace localmapi::pst {
@@ -35,7 +37,7 @@ public:
     static ValueStream Inline(std::uint32_t value, unsigned size) noexcept;
 
     explicit ValueStream(HeldBytes bytes) : m_bytes(std::move(bytes)) {}
-    explicit ValueStream(DataStream stream) : m_bytes(std::move(stream)) {}
+    explicit ValueStream(DataStream stream) : m_bytes(std::make_unique<DataStream>(std::move(stream))) {}
 
     std::uint64_t Size() const noexcept;
 
@@ -49,7 +51,7 @@ public:
     static constexpr std::uint64_t kTextLimit = std::uint64_t{64} << 20;
 
 private:
-    std::variant<InlineBytes, HeldBytes, DataStream> m_bytes;
+    std::variant<InlineBytes, HeldBytes, std::unique_ptr<DataStream>> m_bytes;
 };
 
 }  // namespace localmapi::pst

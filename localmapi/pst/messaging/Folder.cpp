@@ -12,6 +12,8 @@ namespace localmapi::pst {
 
 namespace {
 
+constexpr NodeId kRoot{0x122};  // every file has it, even where nothing of it is left
+
 bool IsFolder(NodeId id) {
     return id.Type() == NodeType::Folder || id.Type() == NodeType::SearchFolder;
 }
@@ -42,7 +44,7 @@ Result<Folder> Folder::Open(Database& database, NodeId id, UINT codePage) {
     Folder folder(database, id, codePage);
     Result<NodeEntry> node = database.FindNode(id);
     if (!node) {
-        if (!folder.HasTraces()) {
+        if (id != kRoot && !folder.HasTraces(id)) {
             return node.TakeFailure();
         }
         database.Problems().Report(node.Failure().text + "; the folder is read without its properties");
@@ -58,18 +60,11 @@ Result<Folder> Folder::Open(Database& database, NodeId id, UINT codePage) {
     return folder;
 }
 
-// True when something in the file speaks of a folder of this id.
-bool Folder::HasTraces() {
-    if (m_database->FindNode(m_id.Sibling(NodeType::HierarchyTable))
-        || m_database->FindNode(m_id.Sibling(NodeType::ContentsTable))) {
-        return true;
-    }
-    bool found = false;
-    m_database->ForEachNode(NodeId{}, [&](const NodeEntry& node) {
-        found = node.parent == m_id && node.id != m_id;
-        return !found;
-    });
-    return found;
+// True when the file has one of the tables of a folder of this id, or something that lies in it.
+bool Folder::HasTraces(NodeId id) {
+    return m_database->FindNode(id.Sibling(NodeType::HierarchyTable))
+           || m_database->FindNode(id.Sibling(NodeType::ContentsTable))
+           || std::binary_search(m_database->Parents().begin(), m_database->Parents().end(), id);
 }
 
 CStringW Folder::DisplayName() {
@@ -83,10 +78,11 @@ ItemList Folder::Folders(SearchFolders searchFolders) {
             return true;
         }
         const Result<NodeEntry> node = m_database->FindNode(row.id);
-        if (!node) {
-            m_database->Problems().Report(node.Failure().text + "; it is left out of the list of " + Name(m_id));
+        if (node || HasTraces(row.id)) {
+            return false;
         }
-        return !node;
+        m_database->Problems().Report(node.Failure().text + "; it is left out of the list of " + Name(m_id));
+        return true;
     });
     return list;
 }
@@ -121,7 +117,7 @@ ItemList Folder::ReadList(NodeType table, const char* name) {
         }
     }
     if (!list.m_table || !list.m_table->IsComplete()) {
-        const std::string reason = opened ? Name(tableId) + ": rows are lost" : opened.Failure().text;
+        const std::string reason = opened ? Name(tableId) + " is not whole" : opened.Failure().text;
         m_database->Problems().Report(Name(m_id) + ": the " + name + " table is damaged (" + reason
                                       + "); the list is made from the node b-tree");
         AddFromNodes(list, table);
@@ -129,8 +125,12 @@ ItemList Folder::ReadList(NodeType table, const char* name) {
     return list;
 }
 
-// Adds what the node b-tree knows to have this folder for its parent and the table did not have.
+// Adds what the node b-tree knows to have this folder for its parent and the table did not have. Rows whose ids no
+// node bears are what damage made of others: they go.
 void Folder::AddFromNodes(ItemList& list, NodeType table) {
+    std::erase_if(list.m_rows, [&](const ItemList::Row& row) {
+        return !m_database->FindNode(row.id) && !(IsFolder(row.id) && HasTraces(row.id));
+    });
     std::unordered_set<std::uint32_t> known;
     for (const ItemList::Row& row : list.m_rows) {
         known.insert(row.id.value);

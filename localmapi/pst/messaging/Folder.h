@@ -49,7 +49,7 @@ enum class SearchFolders : std::uint8_t { Skip, Include };
 class Folder {
 public:
     // The folder `id`. NotFound when the file knows neither it nor one of its tables nor anything in it. A folder whose
-    // properties are lost is opened all the same: it has none then.
+    // properties are lost is opened all the same: it has none then. The topmost folder is always there.
     static Result<Folder> Open(Database& database, NodeId id, UINT codePage);
 
     NodeId Id() const noexcept { return m_id; }
@@ -74,7 +74,7 @@ public:
 private:
     Folder(Database& database, NodeId id, UINT codePage) : m_database(&database), m_id(id), m_codePage(codePage) {}
 
-    bool HasTraces();
+    bool HasTraces(NodeId id);
     ItemList ReadList(NodeType table, const char* name);
     void AddFromNodes(ItemList& list, NodeType table);
 

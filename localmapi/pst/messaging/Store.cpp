@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <string>
-#include <unordered_set>
 #include <utility>
 
 namespace localmapi::pst {
@@ -210,17 +209,35 @@ Result<Message> Store::OpenMessage(NodeId id) {
     return Message::Open(*m_database, node, id, m_codePage);
 }
 
+std::vector<NodeId> Store::LostFolders() {
+    std::vector<NodeId> lost;
+    for (const NodeId id : m_database->Parents()) {
+        if (id != kRootFolder && !m_database->FindNode(id)) {
+            lost.push_back(id);
+        }
+    }
+    return lost;
+}
+
 void Store::WalkFolders(NodeId top, SearchFolders searchFolders, const FolderVisitor& visit) {
-    struct Pending {
-        NodeId id;
-        unsigned depth;
-    };
-    std::vector<Pending> pending{{top, 0}};
-    std::unordered_set<std::uint32_t> visited;
-    while (!pending.empty()) {
-        const Pending next = pending.back();
-        pending.pop_back();
-        if (!visited.insert(next.id.value).second) {
+    Walk walk{searchFolders, &visit, {}, {{top, 0}}};
+    WalkPending(walk);
+    if (top != kRootFolder || m_database->Problems().Count() == 0) {
+        return;
+    }
+    for (const NodeId lost : LostFolders()) {
+        if (!walk.visited.contains(lost.value)) {
+            walk.pending.push_back({lost, 1});
+        }
+    }
+    WalkPending(walk);
+}
+
+void Store::WalkPending(Walk& walk) {
+    while (!walk.pending.empty()) {
+        const Walk::Step next = walk.pending.back();
+        walk.pending.pop_back();
+        if (!walk.visited.insert(next.id.value).second) {
             m_database->Problems().Report(Name(next.id) + ": the folder is listed in two others; it is taken once");
             continue;
         }
@@ -233,12 +250,12 @@ void Store::WalkFolders(NodeId top, SearchFolders searchFolders, const FolderVis
             m_database->Problems().Report(folder.Failure().text + "; the folder is passed over");
             continue;
         }
-        if (!visit(*folder, next.depth)) {
+        if (!(*walk.visit)(*folder, next.depth)) {
             continue;
         }
-        const ItemList below = folder->Folders(searchFolders);
+        const ItemList below = folder->Folders(walk.searchFolders);
         for (std::size_t i = below.Count(); i-- > 0;) {
-            pending.push_back(Pending{below.Id(i), next.depth + 1});
+            walk.pending.push_back({below.Id(i), next.depth + 1});
         }
     }
 }

@@ -20,6 +20,7 @@
 #include <memory>
 #include <optional>
 #include <span>
+#include <unordered_set>
 #include <vector>
 
 namespace localmapi::pst {
@@ -100,9 +101,14 @@ public:
     Result<Folder> OpenFolder(NodeId id) { return Folder::Open(*m_database, id, m_codePage); }
     Result<Message> OpenMessage(NodeId id);
 
+    // Folders that are lost from the file while messages or folders in them are not. Opened, they have no properties.
+    // Empty in a sound file; finding out takes a walk over all nodes.
+    std::vector<NodeId> LostFolders();
+
     // Calls `visit` for the folder `top` and all below it, parents first, each once however damaged the tree is;
     // `depth` is 0 for `top`. Folders that cannot be opened are reported and passed over. A visit that gives false
-    // leaves out what is below.
+    // leaves out what is below. When the walk from the topmost folder met problems, the lost folders that it has not
+    // come by are visited last, as if they lay in the topmost.
     using FolderVisitor = std::function<bool(Folder& folder, unsigned depth)>;
     void WalkFolders(NodeId top, SearchFolders searchFolders, const FolderVisitor& visit);
 
@@ -110,6 +116,18 @@ private:
     Store(std::unique_ptr<Database> database, UINT codePage) noexcept
         : m_database(std::move(database)), m_codePage(codePage) {}
 
+    struct Walk {
+        struct Step {
+            NodeId id;
+            unsigned depth;
+        };
+        SearchFolders searchFolders;
+        const FolderVisitor* visit;
+        std::unordered_set<std::uint32_t> visited;
+        std::vector<Step> pending;  // the next one last
+    };
+
+    void WalkPending(Walk& walk);
     void SettleEncoding();
     void LoadProperties();
     NodeId FindVisibleTree();

@@ -70,9 +70,9 @@ Result<BufferHold> BlockReader::Read(const BlockEntry& entry, NodeId owner) {
         return Error{read.Failure().code, Subject(owner, entry) + " cannot be read: " + read.Failure().text};
     }
     const ByteView view(stored);
-    VX_TRY(
-        CheckTrailer(entry, owner, view.Part(0, entry.storedSize), view.Part(view.Size() - layout.block.trailerSize)));
     auto block = std::make_shared<Buffer>();
+    VX_TRY_ASSIGN(block->crcFits, CheckTrailer(entry, owner, view.Part(0, entry.storedSize),
+                                               view.Part(view.Size() - layout.block.trailerSize)));
     if (entry.size != entry.storedSize) {
         auto inflated = Inflate(view.Part(0, entry.storedSize), entry.size);
         if (!inflated) {
@@ -91,7 +91,7 @@ Result<BufferHold> BlockReader::Read(const BlockEntry& entry, NodeId owner) {
     return BufferHold(std::move(block));
 }
 
-Status BlockReader::CheckTrailer(const BlockEntry& entry, NodeId owner, ByteView stored, ByteView trailer) const {
+Result<bool> BlockReader::CheckTrailer(const BlockEntry& entry, NodeId owner, ByteView stored, ByteView trailer) const {
     const Layout& layout = Form();
     const std::uint64_t rawId = trailer.Number(layout.TrailerIdAt(), layout.idWidth);
     const bool idFits = BlockId::FromDisk(rawId) == entry.id;
@@ -110,7 +110,7 @@ Status BlockReader::CheckTrailer(const BlockEntry& entry, NodeId owner, ByteView
     if (doubt != nullptr) {
         Problems().Report(Subject(owner, entry) + doubt + "; it is read all the same");
     }
-    return {};
+    return crcFits;
 }
 
 void BlockReader::SetDataEncoding(Encoding encoding) {

@@ -44,7 +44,8 @@ public:
     std::uint64_t FileSize() const noexcept { return m_pages->Source().Size(); }
 
 private:
-    Status CheckTrailer(const BlockEntry& entry, NodeId owner, ByteView stored, ByteView trailer) const;
+    // Gives whether the CRC fits.
+    Result<bool> CheckTrailer(const BlockEntry& entry, NodeId owner, ByteView stored, ByteView trailer) const;
 
     PageReader* m_pages;
     PageTree* m_tree;

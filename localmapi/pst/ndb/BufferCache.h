@@ -15,11 +15,12 @@ namespace localmapi::pst {
 struct Buffer {
     Bytes bytes;
 
+    bool crcFits = true;
+
     // Of b-tree pages: what their tail says, checked.
     unsigned entryCount = 0;
     unsigned entrySize = 0;
     unsigned level = 0;  // 0: a leaf
-    bool crcFits = true;
     bool idFits = true;  // the page carries the id by which it was asked for
 };
 

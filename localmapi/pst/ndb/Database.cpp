@@ -1,5 +1,7 @@
 #include "localmapi/pst/ndb/Database.h"
 
+#include <algorithm>
+#include <unordered_set>
 #include <utility>
 
 namespace localmapi::pst {
@@ -30,8 +32,30 @@ NodeEntry Database::NodeOf(std::uint64_t key, ByteView entry) const noexcept {
 }
 
 Result<NodeEntry> Database::FindNode(NodeId id) {
-    VX_TRY_ASSIGN(const LeafEntry entry, m_nodes.Find(id.value));
-    return NodeOf(id.value, entry.bytes);
+    const Result<LeafEntry> entry = m_nodes.Find(id.value);
+    if (!entry) {
+        const Error& why = entry.Failure();
+        return entry.IsNotFound() ? why : Error{why.code, Name(id) + " cannot be found: " + why.text};
+    }
+    return NodeOf(id.value, entry->bytes);
+}
+
+const std::vector<NodeId>& Database::Parents() {
+    if (!m_parents) {
+        std::unordered_set<std::uint32_t> parents;
+        ForEachNode(NodeId{}, [&](const NodeEntry& node) {
+            if (node.parent != NodeId{}) {
+                parents.insert(node.parent.value);
+            }
+            return true;
+        });
+        m_parents.emplace();
+        for (const std::uint32_t id : parents) {
+            m_parents->push_back(NodeId{id});
+        }
+        std::sort(m_parents->begin(), m_parents->end());
+    }
+    return *m_parents;
 }
 
 void Database::ForEachNode(NodeId from, const std::function<bool(const NodeEntry&)>& visit) {

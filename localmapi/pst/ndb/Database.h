@@ -15,6 +15,8 @@
 #include <cstddef>
 #include <functional>
 #include <memory>
+#include <optional>
+#include <vector>
 
 namespace localmapi::pst {
 
@@ -41,6 +43,10 @@ public:
     // Calls `visit` for the nodes with ids from `from` on, in ascending order, until it gives false. Unreadable parts
     // are reported and passed over.
     void ForEachNode(NodeId from, const std::function<bool(const NodeEntry&)>& visit);
+
+    // Every node that another names as its parent, whether the file still holds it or not, in ascending order. The first
+    // call walks over all nodes; what is kept is 4 bytes a folder. For damaged files.
+    const std::vector<NodeId>& Parents();
 
     // A node's data. `node` is one of the file or a sub-node, whose owner then stands in messages as `owner`.
     Result<DataStream> OpenData(const NodeEntry& node) { return OpenData(node, node.id); }
@@ -75,6 +81,7 @@ private:
     PageTree m_nodes;
     PageTree m_blockTree;
     BlockReader m_blocks;
+    std::optional<std::vector<NodeId>> m_parents;
 };
 
 }  // namespace localmapi::pst

@@ -49,6 +49,17 @@ bool RootLooksRight(ByteSource& source, const Layout& layout, PageRef root, unsi
     return view.U8(0) == type && view.U8(1) == type && view.U16(2) == Signature(root.at, root.id);
 }
 
+// In a damaged header a root may lead to a sound page that is not the root. Only the page's own id tells.
+PageRef Confirmed(ByteSource& source, const Layout& layout, PageRef root) {
+    constexpr PageRef kNowhere{0, FileOffset{UINT64_MAX}};
+    Bytes trailer(layout.page.trailerSize);
+    const std::uint64_t room = layout.page.size - layout.page.trailerSize;
+    const bool fits = Inside(root.at.value, layout.page.size, source.Size())
+                      && source.ReadAt(root.at.value + room, trailer)
+                      && ByteView(trailer).Number(layout.TrailerIdAt(), layout.idWidth) == root.id;
+    return fits ? root : kNowhere;
+}
+
 // In a damaged header the version itself may be wrong: the form whose root pages are where they should be wins.
 const Layout& LikeliestLayout(ByteSource& source, ByteView header, const Layout& named) {
     const auto fits = [&](const Layout& layout) {
@@ -109,6 +120,10 @@ Result<FileHeader> ReadHeader(ByteSource& source, Diagnostics& problems) {
     VX_TRY(ReadEncoding(header, view.U8(header.layout->header.encodingAt), problems));
     header.nodeRoot = RootAt(view, *header.layout, header.layout->header.nodeRootAt);
     header.blockRoot = RootAt(view, *header.layout, header.layout->header.blockRootAt);
+    if (!header.isSound) {
+        header.nodeRoot = Confirmed(source, *header.layout, header.nodeRoot);
+        header.blockRoot = Confirmed(source, *header.layout, header.blockRoot);
+    }
     const std::uint64_t end = view.Number(header.layout->header.fileEndAt, header.layout->idWidth);
     if (end > source.Size()) {
         problems.Report("header: the file was " + std::to_string(end) + " bytes long and now ends after "

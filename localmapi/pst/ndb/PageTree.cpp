@@ -21,16 +21,16 @@ PageRef PageTree::ChildAt(const Buffer& page, unsigned index) const noexcept {
     return {entry.Number(width, width), FileOffset{entry.Number(2 * width, width)}};
 }
 
-// The child with the highest key that is not above the wanted one, else the first. All entries are looked at, so that a
-// page whose entries are out of order still gives an answer.
+// The child with the highest key that is not above the wanted one, else the one with the lowest. All entries are looked
+// at, so that a page whose entries are out of order still gives an answer.
 unsigned PageTree::ChildFor(const Buffer& page, std::uint64_t key) const noexcept {
     unsigned best = 0;
-    std::uint64_t bestKey = 0;
-    for (unsigned i = 0; i < page.entryCount; ++i) {
-        const std::uint64_t candidate = KeyOf(m_pages->Form(), m_kind, EntryOf(page, i));
-        if (candidate <= key && candidate >= bestKey) {
+    std::uint64_t bestKey = KeyOf(m_pages->Form(), m_kind, EntryOf(page, 0));
+    for (unsigned i = 1; i < page.entryCount; ++i) {
+        const std::uint64_t other = KeyOf(m_pages->Form(), m_kind, EntryOf(page, i));
+        if (bestKey > key ? other < bestKey : other <= key && other > bestKey) {
             best = i;
-            bestKey = candidate;
+            bestKey = other;
         }
     }
     return best;

@@ -326,28 +326,26 @@ TEST(Record, BytesComeBackAndNoneAreNotUnset) {
 TEST(Record, ElementsOfAnyTypeAreReadAsWhatIsAskedFor) {
     struct Row {
         const char* name;
+        std::int64_t value, longLong;
+        int integer, type;
         VARTYPE vt;
-        std::int64_t value;
-        int type;
         bool set, boolean;
-        std::int64_t longLong;
-        int integer;
     };
     constexpr std::int64_t kWide = 0x1122334480000001;
     constexpr int kLow = std::numeric_limits<int>::min() + 1;
     const Row rows[] = {
-        {"unset", VT_EMPTY, kWide, 0, false, false, 0, kLow},
-        {"null", VT_NULL, kWide, 0, false, false, 0, kLow},
-        {"VT_I4", VT_I4, 5, 1, true, true, 5, 5},
-        {"VT_INT", VT_INT, -1, 1, true, true, -1, -1},
-        {"VT_I8", VT_I8, kWide, 3, true, true, kWide, kLow},
-        {"VT_CY", VT_CY, kWide, 3, true, true, kWide, kLow},
-        {"VT_BOOL of 1", VT_BOOL, 1, 4, true, true, 1, 1},
-        {"VT_BOOL of a high bit", VT_BOOL, 0x8000, 4, true, true, 0x8000, 0x8000},
-        {"VT_BOOL without its 16 bits", VT_BOOL, 0x10000, 4, true, false, 0x10000, 0x10000},
-        {"VT_R8", VT_R8, 0x3FD0000000000000, 6, true, false, 0x3FD0000000000000, 0},
-        {"VT_I2", VT_I2, 3, 0, true, true, 3, 3},
-        {"VT_DATE", VT_DATE, 0, 0, true, false, 0, 0},
+        {"unset", kWide, 0, kLow, 0, VT_EMPTY, false, false},
+        {"null", kWide, 0, kLow, 0, VT_NULL, false, false},
+        {"VT_I4", 5, 5, 5, 1, VT_I4, true, true},
+        {"VT_INT", -1, -1, -1, 1, VT_INT, true, true},
+        {"VT_I8", kWide, kWide, kLow, 3, VT_I8, true, true},
+        {"VT_CY", kWide, kWide, kLow, 3, VT_CY, true, true},
+        {"VT_BOOL of 1", 1, 1, 1, 4, VT_BOOL, true, true},
+        {"VT_BOOL of a high bit", 0x8000, 0x8000, 0x8000, 4, VT_BOOL, true, true},
+        {"VT_BOOL without its 16 bits", 0x10000, 0x10000, 0x10000, 4, VT_BOOL, true, false},
+        {"VT_R8", 0x3FD0000000000000, 0x3FD0000000000000, 0, 6, VT_R8, true, false},
+        {"VT_I2", 3, 3, 3, 0, VT_I2, true, true},
+        {"VT_DATE", 0, 0, 0, 0, VT_DATE, true, false},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);

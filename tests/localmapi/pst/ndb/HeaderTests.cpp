@@ -108,10 +108,9 @@ TEST(Header, WithADamagedByteIsReportedAndTheFileReadAllTheSame) {
 }
 
 TEST(Header, OfATruncatedFileSaysHowMuchIsLost) {
-    Bytes bytes = SmallFile(kUnicode);
+    const Bytes bytes = SmallFile(kUnicode);
     const std::size_t whole = bytes.size();
-    bytes.resize(whole - 100);
-    Opened file(bytes);
+    Opened file(Bytes(bytes.begin(), bytes.end() - 100));
     EXPECT_EQ(file.sink.Count(std::to_string(whole) + " bytes long and now ends after " + std::to_string(whole - 100)),
               1);
 }

@@ -111,7 +111,18 @@ std::uint64_t ImageBuilder::AddData(const Bytes& data) {
         leaves.push_back(AddBlock(
             Bytes(data.begin() + static_cast<std::ptrdiff_t>(at), data.begin() + static_cast<std::ptrdiff_t>(end))));
     }
-    return leaves.size() == 1 ? leaves.front() : AddTree(leaves, data.size());
+    const std::size_t perBlock = (m_form.fullBlock - 8) / m_form.width;
+    if (leaves.size() <= perBlock) {
+        return leaves.size() == 1 ? leaves.front() : AddTree(leaves, data.size());
+    }
+    std::vector<std::vector<std::uint64_t>> groups;
+    for (std::size_t i = 0; i < leaves.size(); ++i) {
+        if (i % perBlock == 0) {
+            groups.emplace_back();
+        }
+        groups.back().push_back(leaves[i]);
+    }
+    return AddTree(groups, data.size());
 }
 
 std::uint64_t ImageBuilder::AddSubnodes(const std::vector<Subnode>& nodes) {

@@ -15,6 +15,7 @@
 #include <filesystem>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -171,27 +172,46 @@ TEST_F(MessageInFile, ClosesTheSessionWhenAnExceptionPasses) {
     ExpectNothingLeft();
 }
 
-TEST_F(MessageInFile, TakesAnotherNameWhenTheFileIsInUse) {
-    const CStringW used = folder.File("a.msg");
+// A file that somebody works in, and no other may open; null where the system does not refuse it as it should.
+VxMapiPtr<IStorage> UseFile(const CStringW& path) {
     VxMapiPtr<IStorage> user;
-    ASSERT_EQ(StgCreateDocfile(used.c_str(), STGM_CREATE | kExclusive, 0, &user), S_OK);
-    ASSERT_EQ(user->Commit(STGC_DEFAULT), S_OK);
+    EXPECT_EQ(StgCreateDocfile(path.c_str(), STGM_CREATE | kExclusive, 0, &user), S_OK);
+    EXPECT_EQ(user->Commit(STGC_DEFAULT), S_OK);
     VxMapiPtr<IStorage> second;
-    if (StgCreateDocfile(used.c_str(), STGM_TRANSACTED | STGM_CREATE | STGM_READWRITE, 0, &second)
-        != STG_E_ACCESSDENIED) {
+    const bool refused = StgCreateDocfile(path.c_str(), STGM_TRANSACTED | STGM_CREATE | STGM_READWRITE, 0, &second)
+                         == STG_E_ACCESSDENIED;
+    return refused ? std::move(user) : VxMapiPtr<IStorage>();
+}
+
+TEST_F(MessageInFile, TakesAnotherNameWhenTheFileIsInUse) {
+    const CStringW used = folder.File("a.b.msg");
+    const VxMapiPtr<IStorage> user = UseFile(used);
+    if (user.get() == nullptr) {
         GTEST_SKIP() << "this system's storage does not answer STG_E_ACCESSDENIED for a file in use";
     }
     CStringW path = used;
     ASSERT_EQ(CMapiUtil::SaveMessageInFile(&source, path), S_OK);
-    EXPECT_EQ(path, folder.File("a_tmp.msg"));
+    EXPECT_EQ(path, folder.File("a.b_tmp.msg"));
     ExpectMessageFile(path);
 
     VxMapiPtr<IStorage> userOfOther;
     ASSERT_EQ(StgOpenStorage(path.c_str(), nullptr, kExclusive, nullptr, 0, &userOfOther), S_OK);
     path = used;
     EXPECT_EQ(CMapiUtil::SaveMessageInFile(&source, path), STG_E_ACCESSDENIED) << "one other name is tried, no more";
-    EXPECT_EQ(path, folder.File("a_tmp.msg"));
+    EXPECT_EQ(path, folder.File("a.b_tmp.msg"));
     EXPECT_EQ(user->Commit(STGC_DEFAULT), S_OK) << "the file in use is still its user's";
+    ExpectNothingLeft();
+}
+
+TEST_F(MessageInFile, HasNoOtherNameWithoutADot) {
+    const CStringW used = folder.File("message");
+    const VxMapiPtr<IStorage> user = UseFile(used);
+    if (user.get() == nullptr) {
+        GTEST_SKIP() << "this system's storage does not answer STG_E_ACCESSDENIED for a file in use";
+    }
+    CStringW path = used;
+    EXPECT_EQ(CMapiUtil::SaveMessageInFile(&source, path), STG_E_ACCESSDENIED);
+    EXPECT_EQ(path, used);
     ExpectNothingLeft();
 }
 
@@ -259,7 +279,6 @@ public:
     HRESULT columnsResult = S_OK;
     HRESULT seekResult = S_OK;
     std::vector<ULONG> columns;
-    int busyTimes = 0;
 
     HRESULT STDMETHODCALLTYPE SetColumns(LPSPropTagArray tags, ULONG) override {
         columns.assign(tags->aulPropTag, tags->aulPropTag + tags->cValues);
@@ -381,28 +400,18 @@ TEST(Attachment, IsFoundByItsNumberAndOpenedByItsMethod) {
 }
 
 TEST(Attachment, IsNotFoundWhenAStepFails) {
-    using Member = HRESULT MessageWithAttachments::*;
-    for (const Member step : {&MessageWithAttachments::tableResult, &MessageWithAttachments::queryResult,
-                              &MessageWithAttachments::openResult}) {
+    for (int step = 0; step < 5; ++step) {
+        SCOPED_TRACE(step);
         FakeMapi mapi;
         MessageWithAttachments message(mapi, {{1, 3}});
-        message.*step = MAPI_E_CALL_FAILED;
+        HRESULT* const results[] = {&message.tableResult, &message.table.columnsResult, &message.table.seekResult,
+                                    &message.queryResult, &message.openResult};
+        *results[step] = MAPI_E_CALL_FAILED;
         VxMapiPtr<IAttach> attach;
         ULONG method = 0;
         CStringW name;
         EXPECT_FALSE(CMapiUtil::GetAttachment(3, &message, attach, method, name));
         EXPECT_EQ(attach.get(), nullptr);
-        message.ExpectNothingLeft();
-    }
-    using TableMember = HRESULT AttachmentTable::*;
-    for (const TableMember step : {&AttachmentTable::columnsResult, &AttachmentTable::seekResult}) {
-        FakeMapi mapi;
-        MessageWithAttachments message(mapi, {{1, 3}});
-        message.table.*step = MAPI_E_CALL_FAILED;
-        VxMapiPtr<IAttach> attach;
-        ULONG method = 0;
-        CStringW name;
-        EXPECT_FALSE(CMapiUtil::GetAttachment(3, &message, attach, method, name));
         message.ExpectNothingLeft();
     }
 }

@@ -7,9 +7,9 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
-#include <regex>
 #include <set>
 #include <string>
+#include <string_view>
 
 namespace {
 
@@ -20,6 +20,22 @@ std::string Narrow(const CStringW& text) {
     }
     return narrow;
 }
+
+// Takes away the beginning of `rest` that has the shape: a digit for each 'd', any other character as it is.
+bool TakeShape(std::string_view& rest, std::string_view shape) {
+    if (rest.size() < shape.size()) {
+        return false;
+    }
+    for (std::size_t i = 0; i < shape.size(); ++i) {
+        if (shape[i] == 'd' ? rest[i] < '0' || rest[i] > '9' : rest[i] != shape[i]) {
+            return false;
+        }
+    }
+    rest.remove_prefix(shape.size());
+    return true;
+}
+
+constexpr std::string_view kDateAndTimeShape = "dddddd@dd-dd-dd";
 
 TEST(ValidFileName, ReplacesWhatNoFileNameMayHold) {
     constexpr std::size_t kLong = 1024;
@@ -108,22 +124,30 @@ TEST(DateTimeForFileName, IsTheLocalTimeWithAnAtSign) {
     const std::string text = Narrow(CMapiUtil::GetDateTimeForFileName());
     GetLocalTime(&after);
     EXPECT_TRUE(text.starts_with(DateAndTime(before)) || text.starts_with(DateAndTime(after))) << text;
-    EXPECT_TRUE(std::regex_match(text, std::regex(R"(\d{6}@\d\d-\d\d-\d\d[\w?]*)"))) << text;
+    std::string_view rest = text;
+    EXPECT_TRUE(TakeShape(rest, kDateAndTimeShape)) << text;
+    EXPECT_EQ(rest.find_first_of("-@0123456789"), std::string_view::npos) << "only the day's half follows: " << text;
 }
 
 TEST(TempFileName, HasNumberTimeAndSuffix) {
     const std::string separator(1, static_cast<char>(kPathSeparator));
     const CStringW folder = FromPath(ToPath("some"_w) / "folder");
-    const std::regex shape(R"(tmp_(\d+)_\d{6}@\d\d-\d\d-\d\d[\w?]*(%2f%3fx\.txt)?)");
-
     std::set<std::string> numbers;
-    const auto expectName = [&](const std::string& path, const std::string& expectedFolder, const std::string& suffix) {
-        ASSERT_TRUE(path.starts_with(expectedFolder)) << path;
-        std::smatch match;
-        const std::string name = path.substr(expectedFolder.size());
-        ASSERT_TRUE(std::regex_match(name, match, shape)) << path;
-        EXPECT_EQ(match.str(2), suffix);
-        EXPECT_TRUE(numbers.insert(match.str(1)).second) << "number used twice: " << path;
+    const auto expectName = [&](const std::string& path, const std::string& expectedFolder, std::string_view suffix) {
+        SCOPED_TRACE(path);
+        ASSERT_TRUE(path.starts_with(expectedFolder));
+        std::string_view rest = std::string_view(path).substr(expectedFolder.size());
+        ASSERT_TRUE(TakeShape(rest, "tmp_"));
+        std::string number;
+        while (TakeShape(rest, "d")) {
+            number += rest.data()[-1];
+        }
+        EXPECT_TRUE(!number.empty() && numbers.insert(number).second) << "none, or used twice";
+        EXPECT_TRUE(TakeShape(rest, "_"));
+        EXPECT_TRUE(TakeShape(rest, kDateAndTimeShape));
+        ASSERT_TRUE(rest.ends_with(suffix));
+        rest.remove_suffix(suffix.size());
+        EXPECT_EQ(rest.find_first_of("0123456789-_%."), std::string_view::npos) << "only the day's half stands between";
     };
     const std::int32_t start = CMapiUtil::s_tempFilesCounter;
     expectName(Narrow(CMapiUtil::GetATempFileName(folder, "/?x.txt"_w, 1024)), Narrow(folder) + separator,

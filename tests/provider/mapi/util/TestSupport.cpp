@@ -3,18 +3,51 @@
 #include "platform/Process.h"
 #include "provider/Common/Log.h"
 
+#include <gtest/gtest.h>
+
+#include <algorithm>
 #include <atomic>
 #include <fstream>
 #include <iterator>
-#include <regex>
+#include <utility>
 
 namespace {
 
-// Every entry begins with this, up to the text; see FileLogger.h for the layout.
-const std::regex& EntryStart() {
-    static const std::regex kStart(
-        R"(\[log\] \d\d\.\d\d\.\d+ [\d:,]+ \[group-Scanner\] (\w+)   \[\([0-9a-f]+\) \w+\.cpp \(\d+\)\] \[log\] - \w+ - )");
-    return kStart;
+// An entry is "[log] <time> [group-Scanner] <level>   [(<thread>) <source>.cpp (<line>)] [log] - <function> - <text>".
+constexpr std::string_view kEntryStart = "[log] ";
+constexpr std::string_view kBeforeLevel = " [group-Scanner] ";
+constexpr std::string_view kBeforeThread = "   [(";
+constexpr std::string_view kBeforeSource = ") ";
+constexpr std::string_view kBeforeLine = ".cpp (";
+constexpr std::string_view kBeforeFunction = ")] [log] - ";
+constexpr std::string_view kBeforeText = " - ";
+
+// What stands before `mark`, which is taken away with it. A text without the mark is no entry of this layout.
+std::string_view CutBefore(std::string_view& rest, std::string_view mark) {
+    const std::size_t at = rest.find(mark);
+    if (at == std::string_view::npos) {
+        ADD_FAILURE() << "no \"" << mark << "\" in the log's entry: " << rest;
+        return {};
+    }
+    const std::string_view piece = rest.substr(0, at);
+    rest.remove_prefix(at + mark.size());
+    return piece;
+}
+
+LogLine ParseEntry(std::string_view entry) {
+    CutBefore(entry, kBeforeLevel);
+    const std::string_view level = CutBefore(entry, kBeforeThread);
+    for (const std::string_view mark : {kBeforeSource, kBeforeLine, kBeforeFunction, kBeforeText}) {
+        CutBefore(entry, mark);
+    }
+    entry.remove_suffix(entry.ends_with("\r\n") ? 2 : 0);
+    return {std::string(level), std::string(entry)};
+}
+
+// Where the entry after the one at `start` begins: a text may hold line breaks, but not the start of an entry.
+std::size_t NextEntry(std::string_view log, std::size_t start) {
+    const std::size_t lineEnd = log.find("\r\n[log] ", start);
+    return lineEnd == std::string_view::npos ? log.size() : lineEnd + 2;
 }
 
 }  // namespace
@@ -49,18 +82,14 @@ LogCapture::LogCapture() {
 
 std::vector<LogLine> LogCapture::Lines() const {
     const std::string all = ReadFile(Vx::GetLogFilePath());
-    const std::string added = m_start <= all.size() ? all.substr(m_start) : all;
+    const std::string_view log = all;
     std::vector<LogLine> lines;
-    for (auto match = std::sregex_iterator(added.begin(), added.end(), EntryStart()); match != std::sregex_iterator();
-         ++match) {
-        const auto next = std::next(match);
-        const auto from = static_cast<std::size_t>(match->position() + match->length());
-        const auto to = next == std::sregex_iterator() ? added.size() : static_cast<std::size_t>(next->position());
-        std::string text = added.substr(from, to - from);
-        if (text.ends_with("\r\n")) {
-            text.resize(text.size() - 2);
-        }
-        lines.push_back({match->str(1), text});
+    for (std::size_t at = std::min(m_start, log.size()); at < log.size();) {
+        const std::size_t next = NextEntry(log, at);
+        const std::string_view entry = log.substr(at, next - at);
+        EXPECT_TRUE(entry.starts_with(kEntryStart)) << entry;
+        lines.push_back(ParseEntry(entry));
+        at = next;
     }
     return lines;
 }
