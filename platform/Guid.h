@@ -22,11 +22,21 @@ using REFGUID = const GUID&;
 using REFIID = const IID&;
 using REFCLSID = const CLSID&;
 
-inline bool operator==(const GUID& a, const GUID& b) noexcept { return std::memcmp(&a, &b, sizeof(GUID)) == 0; }
-inline bool operator!=(const GUID& a, const GUID& b) noexcept { return !(a == b); }
-inline BOOL IsEqualGUID(REFGUID a, REFGUID b) noexcept { return a == b ? TRUE : FALSE; }
-inline BOOL IsEqualIID(REFIID a, REFIID b) noexcept { return a == b ? TRUE : FALSE; }
-inline BOOL IsEqualCLSID(REFCLSID a, REFCLSID b) noexcept { return a == b ? TRUE : FALSE; }
+inline bool operator==(const GUID& a, const GUID& b) noexcept {
+    return std::memcmp(&a, &b, sizeof(GUID)) == 0;
+}
+inline bool operator!=(const GUID& a, const GUID& b) noexcept {
+    return !(a == b);
+}
+inline BOOL IsEqualGUID(REFGUID a, REFGUID b) noexcept {
+    return a == b ? TRUE : FALSE;
+}
+inline BOOL IsEqualIID(REFIID a, REFIID b) noexcept {
+    return a == b ? TRUE : FALSE;
+}
+inline BOOL IsEqualCLSID(REFCLSID a, REFCLSID b) noexcept {
+    return a == b ? TRUE : FALSE;
+}
 
 inline constexpr GUID GUID_NULL = {0, 0, 0, {0, 0, 0, 0, 0, 0, 0, 0}};
 

@@ -7,8 +7,8 @@
 // that the caller may use there. Results are the HRESULTs of MAPI and COM as they were found. E_OUTOFMEMORY stands for
 // a size beyond the caller's limit too, and is how an attachment over its limit is told from a broken one. Objects of
 // other makers are not trusted: a stream that claims to have read more than asked is taken to have read what was asked,
-// and sizes are held to 32 bits before anything is allocated for them. std::bad_alloc is the only exception of its own, from what
-// makes texts and paths; for the bytes read, memory that does not suffice is E_OUTOFMEMORY, too.
+// and sizes are held to 32 bits before anything is allocated for them. std::bad_alloc is the only exception of its own,
+// from what makes texts and paths; for the bytes read, memory that does not suffice is E_OUTOFMEMORY, too.
 #pragma once
 
 #include "mapi/MapiFunctions.h"
@@ -58,15 +58,15 @@ public:
     // PR_ENTRYID of an object as hexadecimal text; empty when it has none.
     static CStringW GetEID(IMAPIProp* prop);
 
-    // Cuts \\server\share\rest; `rest` keeps its leading backslash. Backslashes on every system, since such a path names
-    // a Windows share. False, with the outputs untouched, unless all three backslash groups are there.
+    // Cuts \\server\share\rest; `rest` keeps its leading backslash. Backslashes on every system, since such a path
+    // names a Windows share. False, with the outputs untouched, unless all three backslash groups are there.
     static bool GetServerAndShareName(WideView path, CStringW& server, CStringW& share, CStringW& rest);
 
     // Frees what QueryRows gave, rows included. Null is allowed.
     static void FreeRowSet(SRowSet* rows) noexcept;
 
     // ---- Table calls, repeated while MAPI is busy ----
-    // The method of the same name. MAPI_E_BUSY repeats the call after 100 ms, up to 600 times; the last result is given.
+    // The method of the same name. MAPI_E_BUSY repeats the call after 100 ms, up to 600 times; the last result counts.
 
     static HRESULT QueryRows(IMAPITable* table, LONG rowCount, ULONG flags, SRowSet** rows);
     static HRESULT SetColumns(IMAPITable* table, SPropTagArray* columns, ULONG flags);
@@ -83,13 +83,15 @@ public:
     // that are there, on failure too.
     static HRESULT ReadStream(IStream* stream, ULONG size, BYTE* buffer, ULONG* read);
 
-    // Reads to the end of a stream that does not tell its size. E_OUTOFMEMORY as soon as `maxSize` bytes have come, even
-    // if these were all; a `maxSize` above 0x7FFFFFFF counts as that. What was read before a failure stays in `bytes`.
+    // Reads to the end of a stream that does not tell its size. E_OUTOFMEMORY as soon as `maxSize` bytes have come,
+    // even if these were all; a `maxSize` above 0x7FFFFFFF counts as that. What was read before a failure stays in
+    // `bytes`.
     static HRESULT ReadStreamWithUnknownSize(IStream* stream, std::vector<BYTE>& bytes, ULONG maxSize);
 
-    // Reads the stream, from its position, with a single call. `*buffer` becomes a block from new[] of `*size` + `extra`
-    // bytes, the caller's to delete[]; the extra bytes are not cleared. E_OUTOFMEMORY for a size that 32 bits do not
-    // hold; E_UNEXPECTED when the stream gives another number of bytes than it claims. On failure both outputs are 0.
+    // Reads the stream, from its position, with a single call. `*buffer` becomes a block from new[] of `*size` +
+    // `extra` bytes, the caller's to delete[]; the extra bytes are not cleared. E_OUTOFMEMORY for a size that 32 bits
+    // do not hold; E_UNEXPECTED when the stream gives another number of bytes than it claims. On failure both outputs
+    // are 0.
     static HRESULT CopyStreamToBuffer(IStream* stream, BYTE** buffer, ULONG* size, ULONG extra);
 
     // Reads the stream from its start. `bytes` becomes as large as the stream claims plus `extra`, the rest zero, and
@@ -122,14 +124,15 @@ public:
     static HRESULT SaveMessageInFile(IMessage* message, CStringW& path);
 
     // Finds the attachment with that PR_ATTACH_NUM and opens it. `method` is its PR_ATTACH_METHOD, of which only
-    // ATTACH_BY_VALUE, ATTACH_EMBEDDED_MSG and ATTACH_OLE are opened; `name` its long name, else its short one, else its
-    // display name, else empty. False when there is no such attachment, or one of the steps fails; `attach` then is
-    // untouched and must be null before.
+    // ATTACH_BY_VALUE, ATTACH_EMBEDDED_MSG and ATTACH_OLE are opened; `name` its long name, else its short one, else
+    // its display name, else empty. False when there is no such attachment, or one of the steps fails; `attach` is then
+    // untouched.
     static bool GetAttachment(ULONG number, IMessage* message, VxMapiPtr<IAttach>& attach, ULONG& method,
                               CStringW& name);
 
-    // Writes the data of that attachment to the file at `path`, an OLE object without a stream as a compound file. Gives
-    // `path`, or the empty text when nothing was written; an embedded message has no data of its own.
+    // Writes the data of that attachment to the file at `path`, an OLE object without a stream as a compound file.
+    // Gives `path`, also when the data break off, or the empty text when there are none, as of an embedded message, or
+    // no file takes them.
     static CStringW SaveMsgAttachmentOnDisk(ULONG number, IMessage* message, const CStringW& path);
 
     // ---- Names of temporary files ----

@@ -37,8 +37,8 @@ struct FreeBlock {
 };
 using GrowingBlock = std::unique_ptr<BYTE, FreeBlock>;
 
-// Makes the block hold `needed` bytes. It grows by half, since realloc may copy: a large text read in small pieces would
-// otherwise be copied once for every piece.
+// Makes the block hold `needed` bytes. It grows by half, since realloc may copy: a large text read in small pieces
+// would otherwise be copied once for every piece.
 bool Grow(GrowingBlock& block, std::size_t& capacity, std::size_t needed) {
     if (needed <= capacity) {
         return true;

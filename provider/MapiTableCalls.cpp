@@ -20,16 +20,21 @@ void SleepWhileBusy(DWORD milliseconds) {
 
 std::atomic<vx_busy_pause::Pause> g_pause = &SleepWhileBusy;
 
+// Waits before retry number `retry`; false when there were enough.
+bool WaitForRetry(const WCHAR* operation, int retry) {
+    if (retry > kBusyRetries) {
+        VX_LOG('E') << Vx::LogMsg("%s: MAPI_E_BUSY too many times - timeout"_w, operation);
+        return false;
+    }
+    VX_LOG('D') << Vx::LogMsg("%s: MAPI_E_BUSY"_w, operation);
+    g_pause.load()(kBusyPauseMilliseconds);
+    return true;
+}
+
 template <typename Call>
 HRESULT RetryWhileBusy(const WCHAR* operation, Call call) {
     HRESULT hr = call();
-    for (int retries = 1; hr == MAPI_E_BUSY; ++retries) {
-        if (retries > kBusyRetries) {
-            VX_LOG('E') << Vx::LogMsg("%s: MAPI_E_BUSY too many times - timeout"_w, operation);
-            break;
-        }
-        VX_LOG('D') << Vx::LogMsg("%s: MAPI_E_BUSY"_w, operation);
-        g_pause.load()(kBusyPauseMilliseconds);
+    for (int retry = 1; hr == MAPI_E_BUSY && WaitForRetry(operation, retry); ++retry) {
         hr = call();
     }
     return hr;

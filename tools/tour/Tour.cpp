@@ -29,7 +29,9 @@ std::string Utf8(const WCHAR* text) {
     return bytes;
 }
 
-void Heading(const char* text) { std::printf("\n== %s\n", text); }
+void Heading(const char* text) {
+    std::printf("\n== %s\n", text);
+}
 
 // Reports a failed call by its published name.
 bool Check(HRESULT hr, const char* what) {
