@@ -11,16 +11,17 @@
 #include <cstdlib>
 #include <filesystem>
 #include <string>
-#include <unistd.h>
 #include <vector>
+
+#include <unistd.h>
 
 namespace {
 
 constexpr DWORD kExclusive = STGM_READWRITE | STGM_SHARE_EXCLUSIVE;
 constexpr DWORD kReadOnly = STGM_READ | STGM_SHARE_EXCLUSIVE;
-constexpr std::size_t kLargeBytes = std::size_t{256} << 20U;
-constexpr std::size_t kSmallStreams = 20'000;
-constexpr std::size_t kSmallBytes = 600;  // what a short text property has
+constexpr std::int64_t kLargeBytes = std::int64_t{256} << 20U;
+constexpr std::int64_t kSmallStreams = 20'000;
+constexpr std::int64_t kSmallBytes = 600;  // what a short text property has
 constexpr ULONG kPieceBytes = 64 * 1024;
 
 void Require(HRESULT hr, const char* what) {
@@ -48,17 +49,17 @@ private:
     std::filesystem::path m_path;
 };
 
-CStringW Numbered(std::size_t number) {
+CStringW Numbered(std::int64_t number) {
     const std::string text = "__substg1.0_" + std::to_string(number);
     return {text.begin(), text.end()};
 }
 
-void WriteStream(IStorage* storage, const CStringW& name, std::size_t size) {
+void WriteStream(IStorage* storage, const CStringW& name, std::int64_t size) {
     static const std::vector<char> s_piece(kPieceBytes, 'x');
     IStream* stream = nullptr;
     Require(storage->CreateStream(name.c_str(), kExclusive, 0, 0, &stream), "CreateStream");
-    for (std::size_t left = size; left > 0;) {
-        const auto count = static_cast<ULONG>(std::min<std::size_t>(left, kPieceBytes));
+    for (std::int64_t left = size; left > 0;) {
+        const auto count = static_cast<ULONG>(std::min<std::int64_t>(left, kPieceBytes));
         Require(stream->Write(s_piece.data(), count, nullptr), "Write");
         left -= count;
     }
@@ -93,10 +94,12 @@ IStorage* OpenFile(const BenchmarkFile& file) {
     return root;
 }
 
-void FillLarge(IStorage* root) { WriteStream(root, "large"_w, kLargeBytes); }
+void FillLarge(IStorage* root) {
+    WriteStream(root, "large"_w, kLargeBytes);
+}
 
 void FillSmall(IStorage* root) {
-    for (std::size_t i = 0; i < kSmallStreams; ++i) {
+    for (std::int64_t i = 0; i < kSmallStreams; ++i) {
         WriteStream(root, Numbered(i), kSmallBytes);
     }
 }
@@ -106,7 +109,7 @@ void WriteOneLargeStream(benchmark::State& state) {
     for (auto _ : state) {
         WriteFile(file, FillLarge);
     }
-    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * kLargeBytes));
+    state.SetBytesProcessed(state.iterations() * kLargeBytes);
 }
 BENCHMARK(WriteOneLargeStream)->Unit(benchmark::kMillisecond);
 
@@ -118,7 +121,7 @@ void ReadOneLargeStream(benchmark::State& state) {
         benchmark::DoNotOptimize(ReadStream(root, "large"_w));
         root->Release();
     }
-    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * kLargeBytes));
+    state.SetBytesProcessed(state.iterations() * kLargeBytes);
 }
 BENCHMARK(ReadOneLargeStream)->Unit(benchmark::kMillisecond);
 
@@ -127,8 +130,8 @@ void WriteManySmallStreams(benchmark::State& state) {
     for (auto _ : state) {
         WriteFile(file, FillSmall);
     }
-    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * kSmallStreams * kSmallBytes));
-    state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations() * kSmallStreams));
+    state.SetBytesProcessed(state.iterations() * kSmallStreams * kSmallBytes);
+    state.SetItemsProcessed(state.iterations() * kSmallStreams);
 }
 BENCHMARK(WriteManySmallStreams)->Unit(benchmark::kMillisecond);
 
@@ -137,13 +140,13 @@ void ReadManySmallStreams(benchmark::State& state) {
     WriteFile(file, FillSmall);
     for (auto _ : state) {
         IStorage* const root = OpenFile(file);
-        for (std::size_t i = 0; i < kSmallStreams; ++i) {
+        for (std::int64_t i = 0; i < kSmallStreams; ++i) {
             benchmark::DoNotOptimize(ReadStream(root, Numbered(i)));
         }
         root->Release();
     }
-    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * kSmallStreams * kSmallBytes));
-    state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations() * kSmallStreams));
+    state.SetBytesProcessed(state.iterations() * kSmallStreams * kSmallBytes);
+    state.SetItemsProcessed(state.iterations() * kSmallStreams);
 }
 BENCHMARK(ReadManySmallStreams)->Unit(benchmark::kMillisecond);
 

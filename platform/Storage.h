@@ -74,7 +74,8 @@ enum LOCKTYPE { LOCK_WRITE = 1, LOCK_EXCLUSIVE = 2, LOCK_ONLYONCE = 4 };
 
 // --- Structures ------------------------------------------------------------------------------------------------------
 
-// What is known of an element. `pwcsName` is the receiver's to free with CoTaskMemFree; null with STATFLAG_NONAME.
+// What is known of an element. `pwcsName` is the receiver's to free with CoTaskMemFree; null with STATFLAG_NONAME and
+// for a root on a byte array. The root of a file has the full path for its name.
 struct STATSTG {
     LPOLESTR pwcsName;
     DWORD type;             // STGTY_...

@@ -51,29 +51,33 @@ public:
     }
 
     constexpr std::uint8_t U8(std::uint64_t offset) const noexcept {
-        return static_cast<std::uint8_t>(Number(offset, 1));
+        return static_cast<std::uint8_t>(Has(offset, 1) ? At(offset) : 0);
     }
     constexpr std::uint16_t U16(std::uint64_t offset) const noexcept {
-        return static_cast<std::uint16_t>(Number(offset, 2));
+        return static_cast<std::uint16_t>(Has(offset, 2) ? At(offset) | At(offset + 1) << 8 : 0);
     }
     constexpr std::uint32_t U32(std::uint64_t offset) const noexcept {
-        return static_cast<std::uint32_t>(Number(offset, 4));
+        return Has(offset, 4) ? At(offset) | At(offset + 1) << 8 | At(offset + 2) << 16 | At(offset + 3) << 24 : 0;
     }
-    constexpr std::uint64_t U64(std::uint64_t offset) const noexcept { return Number(offset, 8); }
+    constexpr std::uint64_t U64(std::uint64_t offset) const noexcept {
+        return Has(offset, 8) ? U32(offset) | std::uint64_t{U32(offset + 4)} << 32 : 0;
+    }
 
-    // A number of `width` bytes, 1 to 8; 0 when one of them lies outside.
+    // A number of `width` bytes: 1, 2, 4 or 8.
     constexpr std::uint64_t Number(std::uint64_t offset, unsigned width) const noexcept {
-        if (!Has(offset, width)) {
-            return 0;
+        switch (width) {
+            case 1: return U8(offset);
+            case 2: return U16(offset);
+            case 4: return U32(offset);
+            default: return U64(offset);
         }
-        std::uint64_t value = 0;
-        for (unsigned i = width; i-- > 0;) {
-            value = (value << 8) | std::to_integer<std::uint64_t>(m_bytes[static_cast<std::size_t>(offset) + i]);
-        }
-        return value;
     }
 
 private:
+    constexpr std::uint32_t At(std::uint64_t offset) const noexcept {
+        return std::to_integer<std::uint32_t>(m_bytes[static_cast<std::size_t>(offset)]);
+    }
+
     std::span<const std::byte> m_bytes;
 };
 

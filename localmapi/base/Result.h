@@ -69,6 +69,8 @@ private:
 
 }  // namespace localmapi
 
+// NOLINTBEGIN(bugprone-macro-parentheses): declarations and names cannot stand in parentheses
+
 // Passes a failure of `expression` on to the caller, or goes on with its value:
 //     VX_TRY_ASSIGN(const BlockEntry entry, blocks.Find(id));
 #define VX_TRY_JOIN_(a, b) a##b
@@ -87,3 +89,5 @@ private:
         return tried.TakeFailure();          \
     }                                        \
     static_assert(true)
+
+// NOLINTEND(bugprone-macro-parentheses)

@@ -15,7 +15,6 @@ namespace {
 constexpr std::uint8_t kTypeByte = 0x7C;
 constexpr unsigned kColumnsAt = 22;
 constexpr unsigned kColumnSize = 8;
-constexpr std::uint16_t kRowIdColumn = 0x67F2;  // always the first four bytes of a row
 constexpr unsigned kIndexKeySize = 4;
 
 // Bytes that a cell takes at least: the value itself up to eight bytes, else the id of where it lies.

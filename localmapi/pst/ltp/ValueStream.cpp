@@ -5,7 +5,7 @@
 
 namespace localmapi::pst {
 
-ValueStream ValueStream::Inline(std::uint32_t value, unsigned size) noexcept {
+ValueStream ValueStream::Inline(std::uint32_t value, unsigned size) {
     InlineBytes bytes;
     bytes.size = std::min<unsigned>(size, static_cast<unsigned>(bytes.bytes.size()));
     for (unsigned i = 0; i < bytes.size; ++i) {

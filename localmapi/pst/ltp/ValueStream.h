@@ -34,7 +34,7 @@ public:
     ValueStream() = default;
 
     // The low `size` bytes (4 at most) of a number, as they stand in a record or cell.
-    static ValueStream Inline(std::uint32_t value, unsigned size) noexcept;
+    static ValueStream Inline(std::uint32_t value, unsigned size);
 
     explicit ValueStream(HeldBytes bytes) : m_bytes(std::move(bytes)) {}
     explicit ValueStream(DataStream stream) : m_bytes(std::make_unique<DataStream>(std::move(stream))) {}

@@ -12,8 +12,6 @@ namespace localmapi::pst {
 
 namespace {
 
-constexpr NodeId kRoot{0x122};  // every file has it, even where nothing of it is left
-
 bool IsFolder(NodeId id) {
     return id.Type() == NodeType::Folder || id.Type() == NodeType::SearchFolder;
 }
@@ -44,7 +42,7 @@ Result<Folder> Folder::Open(Database& database, NodeId id, UINT codePage) {
     Folder folder(database, id, codePage);
     Result<NodeEntry> node = database.FindNode(id);
     if (!node) {
-        if (id != kRoot && !folder.HasTraces(id)) {
+        if (id != kTopmost && !folder.HasTraces(id)) {
             return node.TakeFailure();
         }
         database.Problems().Report(node.Failure().text + "; the folder is read without its properties");
@@ -104,25 +102,34 @@ ItemList Folder::ReadList(NodeType table, const char* name) {
     const Result<NodeEntry> node = m_database->FindNode(tableId);
     Result<TableContext> opened =
         node ? TableContext::Open(*m_database, *node, tableId) : Result<TableContext>(Error(node.Failure()));
+    std::string damage;
+    if (!opened) {
+        damage = opened.Failure().text;
+    } else if (!opened->IsComplete()) {
+        damage = Name(tableId) + " is not whole";
+    }
     if (opened) {
         list.m_table.emplace(*std::move(opened));
-        for (std::size_t row = 0; row < list.m_table->RowCount(); ++row) {
-            const NodeId id{list.m_table->RowId(row)};
-            if (Belongs(id, table)) {
-                list.m_rows.push_back(ItemList::Row{id, static_cast<std::uint32_t>(row)});
-            } else {
-                m_database->Problems().Report(Name(tableId) + ": row " + Hex(id.value)
-                                              + " is of another kind than the table's; it is left out");
-            }
-        }
+        TakeRows(list, table, tableId);
     }
-    if (!list.m_table || !list.m_table->IsComplete()) {
-        const std::string reason = opened ? Name(tableId) + " is not whole" : opened.Failure().text;
-        m_database->Problems().Report(Name(m_id) + ": the " + name + " table is damaged (" + reason
+    if (!damage.empty()) {
+        m_database->Problems().Report(Name(m_id) + ": the " + name + " table is damaged (" + damage
                                       + "); the list is made from the node b-tree");
         AddFromNodes(list, table);
     }
     return list;
+}
+
+void Folder::TakeRows(ItemList& list, NodeType table, NodeId tableId) const {
+    for (std::size_t row = 0; row < list.m_table->RowCount(); ++row) {
+        const NodeId id{list.m_table->RowId(row)};
+        if (Belongs(id, table)) {
+            list.m_rows.push_back(ItemList::Row{id, static_cast<std::uint32_t>(row)});
+        } else {
+            m_database->Problems().Report(Name(tableId) + ": row " + Hex(id.value)
+                                          + " is of another kind than the table's; it is left out");
+        }
+    }
 }
 
 // Adds what the node b-tree knows to have this folder for its parent and the table did not have. Rows whose ids no

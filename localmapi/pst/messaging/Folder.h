@@ -48,6 +48,9 @@ enum class SearchFolders : std::uint8_t { Skip, Include };
 
 class Folder {
 public:
+    // The topmost folder. Every file has it, even where nothing of it is left.
+    static constexpr NodeId kTopmost{0x122};
+
     // The folder `id`. NotFound when the file knows neither it nor one of its tables nor anything in it. A folder whose
     // properties are lost is opened all the same: it has none then. The topmost folder is always there.
     static Result<Folder> Open(Database& database, NodeId id, UINT codePage);
@@ -76,6 +79,7 @@ private:
 
     bool HasTraces(NodeId id);
     ItemList ReadList(NodeType table, const char* name);
+    void TakeRows(ItemList& list, NodeType table, NodeId tableId) const;
     void AddFromNodes(ItemList& list, NodeType table);
 
     Database* m_database;

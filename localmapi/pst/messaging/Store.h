@@ -49,8 +49,7 @@ struct ReceiveFolder {
 
 class Store {
 public:
-    // The topmost folder of every file.
-    static constexpr NodeId kRootFolder{0x122};
+    static constexpr NodeId kRootFolder = Folder::kTopmost;
 
     // An entry id of an object of the store: [MS-PST] 2.4.3.2.
     static constexpr std::size_t kEntryIdSize = 24;

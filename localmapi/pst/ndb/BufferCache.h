@@ -20,8 +20,9 @@ struct Buffer {
     // Of b-tree pages: what their tail says, checked.
     unsigned entryCount = 0;
     unsigned entrySize = 0;
-    unsigned level = 0;  // 0: a leaf
-    bool idFits = true;  // the page carries the id by which it was asked for
+    unsigned level = 0;          // 0: a leaf
+    std::uint64_t askedFor = 0;  // the id by which its parent names it
+    bool idFits = true;          // and it carries that id
 };
 
 // Whoever holds one keeps it alive; the cache forgets it on its own account only.

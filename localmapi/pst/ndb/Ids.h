@@ -38,7 +38,7 @@ struct NodeId {
         return NodeId{(value & ~0x1FU) | static_cast<std::uint32_t>(type)};
     }
 
-    constexpr auto operator<=>(const NodeId&) const = default;
+    constexpr auto operator<=>(const NodeId&) const = default;  // NOLINT(modernize-use-nullptr): a fault of the check
 };
 
 inline std::string Name(NodeId id) {
@@ -55,7 +55,7 @@ struct BlockId {
     constexpr bool IsNone() const noexcept { return value == 0; }
     constexpr bool IsInternal() const noexcept { return (value & 2) != 0; }
 
-    constexpr auto operator<=>(const BlockId&) const = default;
+    constexpr auto operator<=>(const BlockId&) const = default;  // NOLINT(modernize-use-nullptr)
 };
 
 inline std::string Name(BlockId id) {
@@ -65,7 +65,7 @@ inline std::string Name(BlockId id) {
 struct FileOffset {
     std::uint64_t value = 0;
 
-    constexpr auto operator<=>(const FileOffset&) const = default;
+    constexpr auto operator<=>(const FileOffset&) const = default;  // NOLINT(modernize-use-nullptr)
 };
 
 // A page as its parent names it: its own id, and where it lies.

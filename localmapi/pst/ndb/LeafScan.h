@@ -4,8 +4,8 @@
 // are still there with what they held last: of several leaves that cover a key, the one with the highest page id was
 // written last and counts. What was deleted since may come back this way.
 //
-// The file is read once, at the first question. Memory: some 60 bytes a leaf page, which is 4 bytes a node.
-// One thread at a time.
+// The file is read once, at the first question. Memory: about 100 bytes a leaf page meanwhile and half of that afterwards,
+// which is 3 to 4 bytes a node. One thread at a time.
 #pragma once
 
 #include "localmapi/pst/ndb/PageReader.h"

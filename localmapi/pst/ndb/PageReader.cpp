@@ -41,11 +41,12 @@ unsigned PageReader::ExpectedEntrySize(TreeKind kind, unsigned level) const noex
 }
 
 Result<BufferHold> PageReader::Read(PageRef ref, TreeKind kind, std::optional<unsigned> level) {
-    // Offsets of pages are even and keys of blocks odd, so that both live in one cache.
+    // Offsets of pages are even and keys of blocks odd, so that both live in one cache. A page that was asked for by
+    // another name is looked at again.
+    const std::size_t typeAt = m_layout->page.size - m_layout->page.trailerSize;
     if (BufferHold kept = m_cache->Find(ref.at.value);
-        kept && (!level || kept->level == *level)
-        && ByteView(kept->bytes).U8(m_layout->page.size - m_layout->page.trailerSize)
-               == static_cast<std::uint8_t>(kind)) {
+        kept && kept->askedFor == ref.id && (!level || kept->level == *level)
+        && ByteView(kept->bytes).U8(typeAt) == static_cast<std::uint8_t>(kind)) {
         return kept;
     }
     if (ref.at.value % m_layout->page.size != 0) {
@@ -60,7 +61,10 @@ Result<BufferHold> PageReader::Read(PageRef ref, TreeKind kind, std::optional<un
     VX_TRY(CheckTrailer(*page, ref, kind));
     VX_TRY(CheckEntries(*page, ref, kind, level));
     ReportDisorder(*page, ref, kind);
-    m_cache->Keep(ref.at.value, page);
+    page->askedFor = ref.id;
+    if (page->crcFits) {  // what else such a page is taken to be hangs on who asks for it
+        m_cache->Keep(ref.at.value, page);
+    }
     return BufferHold(std::move(page));
 }
 

@@ -18,7 +18,7 @@ Error NoSuchKey(TreeKind kind, std::uint64_t key) {
 PageRef PageTree::ChildAt(const Buffer& page, unsigned index) const noexcept {
     const ByteView entry = EntryOf(page, index);
     const unsigned width = m_pages->Form().idWidth;
-    return {entry.Number(width, width), FileOffset{entry.Number(2 * width, width)}};
+    return {entry.Number(width, width), FileOffset{entry.Number(std::uint64_t{2} * width, width)}};
 }
 
 // The child with the highest key that is not above the wanted one, else the one with the lowest. All entries are looked

@@ -48,7 +48,7 @@ NodeEntry SubnodeTree::EntryAt(ByteView list, std::uint32_t index) const noexcep
     const unsigned width = layout.idWidth;
     const std::uint64_t at = layout.SubnodeEntriesAt() + std::uint64_t{index} * layout.SubnodeEntrySize();
     return NodeEntry{NodeId{list.U32(at)}, BlockId::FromDisk(list.Number(at + width, width)),
-                     BlockId::FromDisk(list.Number(at + 2 * width, width)), NodeId{}};
+                     BlockId::FromDisk(list.Number(at + std::uint64_t{2} * width, width)), NodeId{}};
 }
 
 Result<NodeEntry> SubnodeTree::Find(NodeId id) const {

@@ -41,9 +41,13 @@ HRESULT MemoryBytes::GetSize(std::uint64_t& size) {
     return S_OK;
 }
 
-HRESULT MemoryBytes::Flush(Durability) { return S_OK; }
+HRESULT MemoryBytes::Flush(Durability) {
+    return S_OK;
+}
 
-void MemoryBytes::Close() noexcept { m_bytes = {}; }
+void MemoryBytes::Close() noexcept {
+    m_bytes = {};
+}
 
 HRESULT CopyBytes(BackingBytes& from, BackingBytes& to) {
     std::vector<std::byte> buffer(kBlockBytes);

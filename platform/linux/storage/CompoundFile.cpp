@@ -6,7 +6,9 @@
 
 namespace vx_storage {
 
-HRESULT CompoundFile::OpenImage() { return CompoundReader::Open(m_store->Bytes(), m_image); }
+HRESULT CompoundFile::OpenImage() {
+    return CompoundReader::Open(m_store->Bytes(), m_image);
+}
 
 HRESULT CompoundFile::ReadTree(std::shared_ptr<Node>& root) const {
     if (m_image == nullptr) {
@@ -26,11 +28,11 @@ HRESULT CompoundFile::Save(Node& root, DWORD commitFlags) {
     }
     // The tree itself is about to read from the new image. Whoever else holds the old one is another transaction, or an
     // element that is gone but still open.
-    const auto inTree = std::ranges::count_if(
-        layout.nodes, [&](const Node* node) { return node->content.File() == m_image.get(); });
+    const auto inTree =
+        std::ranges::count_if(layout.nodes, [&](const Node* node) { return node->content.File() == m_image.get(); });
     const bool keepOld = m_image != nullptr && m_image.use_count() > inTree + 1;
-    const Durability durability = (commitFlags & STGC_DANGEROUSLYCOMMITMERELYTODISKCACHE) != 0 ? Durability::Cached
-                                                                                               : Durability::OnDisk;
+    const Durability durability =
+        (commitFlags & STGC_DANGEROUSLYCOMMITMERELYTODISKCACHE) != 0 ? Durability::Cached : Durability::OnDisk;
     std::shared_ptr<CompoundReader> image;
     const HRESULT hr = m_store->Replace(layout, m_image, keepOld, durability, image);
     if (image == nullptr) {

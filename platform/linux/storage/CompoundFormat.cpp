@@ -63,7 +63,9 @@ void StoreGuid(std::byte* at, const CLSID& guid) noexcept {
     std::ranges::transform(guid.Data4, at + 8, [](std::uint8_t b) { return static_cast<std::byte>(b); });
 }
 
-FILETIME LoadTime(const std::byte* at) noexcept { return {LoadU32(at), LoadU32(at + 4)}; }
+FILETIME LoadTime(const std::byte* at) noexcept {
+    return {LoadU32(at), LoadU32(at + 4)};
+}
 
 void StoreTime(std::byte* at, const FILETIME& time) noexcept {
     StoreU32(at, time.dwLowDateTime);
@@ -110,8 +112,8 @@ HRESULT ParseHeader(std::span<const std::byte, kHeaderBytes> bytes, CompoundHead
     if (header.majorVersion < 3) {
         return STG_E_OLDFORMAT;
     }
-    const bool knownSizes = (header.majorVersion == 3 && header.sectorShift == 9)
-                         || (header.majorVersion == 4 && header.sectorShift == 12);
+    const bool knownSizes =
+        (header.majorVersion == 3 && header.sectorShift == 9) || (header.majorVersion == 4 && header.sectorShift == 12);
     if (!knownSizes || LoadU16(at + kMiniSectorShiftAt) != kMiniSectorShift
         || LoadU32(at + kMiniStreamCutoffAt) != kMiniStreamCutoff || LoadU16(at + kByteOrderAt) != kByteOrderMark) {
         return STG_E_DOCFILECORRUPT;

@@ -31,7 +31,7 @@ inline constexpr std::uint32_t kNoEntry = 0xFFFFFFFF;
 
 constexpr std::uint32_t LoadU32(const std::byte* at) noexcept {
     return std::to_integer<std::uint32_t>(at[0]) | std::to_integer<std::uint32_t>(at[1]) << 8U
-         | std::to_integer<std::uint32_t>(at[2]) << 16U | std::to_integer<std::uint32_t>(at[3]) << 24U;
+           | std::to_integer<std::uint32_t>(at[2]) << 16U | std::to_integer<std::uint32_t>(at[3]) << 24U;
 }
 
 constexpr void StoreU32(std::byte* at, std::uint32_t value) noexcept {

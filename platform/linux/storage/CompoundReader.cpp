@@ -126,11 +126,11 @@ HRESULT CompoundReader::ReadChain(SectorChain& chain, ChainKind kind, std::uint6
         if (const HRESULT hr = chain.FindRun(table, at / sectorBytes, wanted, sector, count); FAILED(hr)) {
             return hr;
         }
-        const auto bytes = static_cast<std::size_t>(
-            std::min<std::uint64_t>(count * sectorBytes - within, out.size() - got));
+        const auto bytes =
+            static_cast<std::size_t>(std::min<std::uint64_t>(count * sectorBytes - within, out.size() - got));
         const std::span<std::byte> part = out.subspan(got, bytes);
-        const HRESULT hr = kind == ChainKind::Mini ? ReadRun(sector * sectorBytes + within, part)
-                                                   : ReadSectors(sector, within, part);
+        const HRESULT hr =
+            kind == ChainKind::Mini ? ReadRun(sector * sectorBytes + within, part) : ReadSectors(sector, within, part);
         if (FAILED(hr)) {
             return hr;
         }

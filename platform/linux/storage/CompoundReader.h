@@ -63,14 +63,14 @@ private:
     SectorCache m_cache;
     CompoundHeader m_header;
     std::uint64_t m_fileBytes = 0;
-    std::uint64_t m_sectors = 0;               // that the file has, a cut last one included
-    std::vector<std::uint32_t> m_fatSectors;   // all of them below m_sectors
+    std::uint64_t m_sectors = 0;              // that the file has, a cut last one included
+    std::vector<std::uint32_t> m_fatSectors;  // all of them below m_sectors
     std::unique_ptr<AllocationTable> m_fat;
     std::unique_ptr<AllocationTable> m_miniFat;
     std::optional<SectorChain> m_directory;
     std::optional<SectorChain> m_miniFatChain;
     std::optional<SectorChain> m_miniStream;
-    std::uint64_t m_miniStreamBytes = 0;       // up to the end of its last sector
+    std::uint64_t m_miniStreamBytes = 0;  // up to the end of its last sector
     DirectoryEntry m_root;
 };
 

@@ -37,8 +37,8 @@ HRESULT CopyProperties(const Node& from, IStorage& to) {
 HRESULT CreateOrOpen(IStorage& parent, const CStringW& name, ComRef<IStorage>& made) {
     const HRESULT hr = parent.CreateStorage(name.c_str(), kTargetMode, 0, 0, made.Put());
     return hr == STG_E_FILEALREADYEXISTS
-             ? parent.OpenStorage(name.c_str(), nullptr, kTargetMode, nullptr, 0, made.Put())
-             : hr;
+               ? parent.OpenStorage(name.c_str(), nullptr, kTargetMode, nullptr, 0, made.Put())
+               : hr;
 }
 
 HRESULT CopyBytesTo(const StreamContent& from, IStream& to) {

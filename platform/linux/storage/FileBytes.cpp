@@ -1,12 +1,14 @@
 #include "platform/linux/storage/FileBytes.h"
 
 #include "platform/Storage.h"
+#include "platform/linux/storage/Modes.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
-#include <fcntl.h>
 #include <limits>
+
+#include <fcntl.h>
 #include <unistd.h>
 
 namespace vx_storage {
@@ -54,8 +56,8 @@ bool MakeClaim(int file, const ShareClaim& claim) noexcept {
             fcntl(file, F_OFD_SETLK, &lock);
         }
     }
-    return std::ranges::none_of(parts,
-                                [&](const auto& part) { return part.claimed && SomebodyElseHolds(file, part.opposite); });
+    return std::ranges::none_of(
+        parts, [&](const auto& part) { return part.claimed && SomebodyElseHolds(file, part.opposite); });
 }
 
 // True when the path still names the open file: a commit may have renamed another one over it since it was opened.
@@ -63,7 +65,7 @@ bool StillNames(const std::filesystem::path& path, int file) noexcept {
     struct stat open = {};
     struct stat named = {};
     return fstat(file, &open) == 0 && stat(path.c_str(), &named) == 0 && open.st_dev == named.st_dev
-        && open.st_ino == named.st_ino;
+           && open.st_ino == named.st_ino;
 }
 
 HRESULT OpenOnce(const std::filesystem::path& path, const ShareClaim& claim, FileDescriptor& file) {
@@ -88,10 +90,9 @@ void FileDescriptor::Reset() noexcept {
 }
 
 ShareClaim ShareClaim::FromMode(DWORD mode) noexcept {
-    const DWORD access = mode & 3U;
-    const DWORD share = mode & 0x70U;
-    return {.reads = access != STGM_WRITE,
-            .writes = access != STGM_READ,
+    const DWORD share = ShareOf(mode);
+    return {.reads = MayRead(mode),
+            .writes = MayWrite(mode),
             .deniesReading = share == STGM_SHARE_EXCLUSIVE || share == STGM_SHARE_DENY_READ,
             .deniesWriting = share == STGM_SHARE_EXCLUSIVE || share == STGM_SHARE_DENY_WRITE};
 }
@@ -101,10 +102,10 @@ HRESULT ResultFromErrno(int error, HRESULT otherwise) noexcept {
         int error;
         HRESULT result;
     } kRows[] = {
-        {ENOENT, STG_E_FILENOTFOUND},    {ENOTDIR, STG_E_PATHNOTFOUND},     {EACCES, STG_E_ACCESSDENIED},
-        {EPERM, STG_E_ACCESSDENIED},     {EISDIR, STG_E_ACCESSDENIED},      {EROFS, STG_E_DISKISWRITEPROTECTED},
-        {EEXIST, STG_E_FILEALREADYEXISTS}, {EMFILE, STG_E_TOOMANYOPENFILES}, {ENFILE, STG_E_TOOMANYOPENFILES},
-        {ENOSPC, STG_E_MEDIUMFULL},      {EDQUOT, STG_E_MEDIUMFULL},        {EFBIG, STG_E_MEDIUMFULL},
+        {ENOENT, STG_E_FILENOTFOUND},       {ENOTDIR, STG_E_PATHNOTFOUND},     {EACCES, STG_E_ACCESSDENIED},
+        {EPERM, STG_E_ACCESSDENIED},        {EISDIR, STG_E_ACCESSDENIED},      {EROFS, STG_E_DISKISWRITEPROTECTED},
+        {EEXIST, STG_E_FILEALREADYEXISTS},  {EMFILE, STG_E_TOOMANYOPENFILES},  {ENFILE, STG_E_TOOMANYOPENFILES},
+        {ENOSPC, STG_E_MEDIUMFULL},         {EDQUOT, STG_E_MEDIUMFULL},        {EFBIG, STG_E_MEDIUMFULL},
         {ENOMEM, STG_E_INSUFFICIENTMEMORY}, {ENAMETOOLONG, STG_E_INVALIDNAME}, {ELOOP, STG_E_PATHNOTFOUND},
         {ETXTBSY, STG_E_ACCESSDENIED},
     };
@@ -179,8 +180,7 @@ HRESULT FileBytes::ReadAt(std::uint64_t offset, std::span<std::byte> out, std::s
         return S_OK;  // no file reaches as far
     }
     while (got < out.size()) {
-        const ssize_t count =
-            pread(m_file.Get(), out.data() + got, out.size() - got, static_cast<off_t>(offset + got));
+        const ssize_t count = pread(m_file.Get(), out.data() + got, out.size() - got, static_cast<off_t>(offset + got));
         if (count == 0) {
             break;
         }
@@ -201,7 +201,8 @@ HRESULT FileBytes::WriteAt(std::uint64_t offset, std::span<const std::byte> in) 
     }
     std::size_t done = 0;
     while (done < in.size()) {
-        const ssize_t count = pwrite(m_file.Get(), in.data() + done, in.size() - done, static_cast<off_t>(offset + done));
+        const ssize_t count =
+            pwrite(m_file.Get(), in.data() + done, in.size() - done, static_cast<off_t>(offset + done));
         if (count <= 0) {
             if (count < 0 && errno == EINTR) {
                 continue;
@@ -243,11 +244,13 @@ HRESULT FileBytes::Flush(Durability durability) {
 void FileBytes::CopyPermissionsFrom(const struct stat& other) noexcept {
     // The owner first: changing it takes set-id bits away. Only a privileged process may; the others keep their own.
     [[maybe_unused]] const bool kept = fchown(m_file.Get(), other.st_uid, other.st_gid) == 0
-                                    || fchown(m_file.Get(), static_cast<uid_t>(-1), other.st_gid) == 0;
+                                       || fchown(m_file.Get(), static_cast<uid_t>(-1), other.st_gid) == 0;
     fchmod(m_file.Get(), other.st_mode & 07777U);
 }
 
-void FileBytes::Describe(struct stat& status) const noexcept { fstat(m_file.Get(), &status); }
+void FileBytes::Describe(struct stat& status) const noexcept {
+    fstat(m_file.Get(), &status);
+}
 
 std::filesystem::path TemporaryFolder() {
     const char* const named = std::getenv("TMPDIR");

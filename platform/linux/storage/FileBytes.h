@@ -5,8 +5,9 @@
 
 #include <filesystem>
 #include <string>
-#include <sys/stat.h>
 #include <utility>
+
+#include <sys/stat.h>
 
 namespace vx_storage {
 

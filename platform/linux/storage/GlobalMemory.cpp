@@ -34,7 +34,9 @@ bool IsMovable(HGLOBAL handle) noexcept {
 MovableBlock& Movable(HGLOBAL handle) noexcept {
     return *reinterpret_cast<MovableBlock*>(static_cast<std::byte*>(handle) - kMovableTag);
 }
-FixedHeader& Fixed(HGLOBAL handle) noexcept { return static_cast<FixedHeader*>(handle)[-1]; }
+FixedHeader& Fixed(HGLOBAL handle) noexcept {
+    return static_cast<FixedHeader*>(handle)[-1];
+}
 
 // realloc with the added bytes cleared on request.
 void* Resize(void* bytes, SIZE_T before, SIZE_T after, bool clear) noexcept {
@@ -97,8 +99,8 @@ HGLOBAL ResizeFixed(HGLOBAL handle, SIZE_T size, UINT flags) noexcept {
         header.size = size;
         return handle;
     }
-    void* const memory = Resize(&header, sizeof(FixedHeader) + header.size, sizeof(FixedHeader) + size,
-                                (flags & GMEM_ZEROINIT) != 0);
+    void* const memory =
+        Resize(&header, sizeof(FixedHeader) + header.size, sizeof(FixedHeader) + size, (flags & GMEM_ZEROINIT) != 0);
     return memory == nullptr ? nullptr : ::new (memory) FixedHeader{size} + 1;
 }
 

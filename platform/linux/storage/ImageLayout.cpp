@@ -11,7 +11,9 @@
 namespace vx_storage {
 namespace {
 
-constexpr std::uint64_t UnitsFor(std::uint64_t bytes, std::uint64_t unit) noexcept { return (bytes + unit - 1) / unit; }
+constexpr std::uint64_t UnitsFor(std::uint64_t bytes, std::uint64_t unit) noexcept {
+    return (bytes + unit - 1) / unit;
+}
 
 // Makes the entries with ids `first` to `first + count - 1`, which are in order, a binary search tree and gives its
 // root. The tree is as flat as can be; where its lowest level is not full, that level is red and all others black,
@@ -19,7 +21,8 @@ constexpr std::uint64_t UnitsFor(std::uint64_t bytes, std::uint64_t unit) noexce
 class SiblingTree {
 public:
     SiblingTree(std::vector<DirectoryEntry>& entries, std::size_t count)
-        : m_entries(entries), m_redLevel(std::has_single_bit(count + 1) ? kNoLevel : static_cast<int>(std::bit_width(count)) - 1) {}
+        : m_entries(entries),
+          m_redLevel(std::has_single_bit(count + 1) ? kNoLevel : static_cast<int>(std::bit_width(count)) - 1) {}
 
     std::uint32_t Build(std::uint32_t first, std::uint32_t count, int level) {
         if (count == 0) {
@@ -126,7 +129,9 @@ std::pair<std::uint64_t, std::uint64_t> TableSectors(std::uint64_t others) noexc
 
 }  // namespace
 
-std::uint64_t ImageLayout::ImageBytes() const noexcept { return (sectors + 1) * kImageSectorBytes; }
+std::uint64_t ImageLayout::ImageBytes() const noexcept {
+    return (sectors + 1) * kImageSectorBytes;
+}
 
 HRESULT PlanImage(Node& root, ImageLayout& layout) {
     if (const HRESULT hr = PlanEntries(root, layout); FAILED(hr)) {

@@ -26,7 +26,7 @@ struct ImageLayout {
     std::vector<std::uint32_t> mini;     // ids of those in the mini stream, in order
 
     // Sectors of the file, in this order.
-    Extent streams;     // of all regular streams together
+    Extent streams;  // of all regular streams together
     Extent miniStream;
     Extent miniFat;
     Extent directory;

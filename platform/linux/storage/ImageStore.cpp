@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
+
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -27,8 +28,8 @@ public:
             static_cast<std::size_t>(std::min<std::uint64_t>(out.size(), offset < size ? size - offset : 0));
         while (got < there) {
             ULONG count = 0;
-            const HRESULT hr = m_bytes->ReadAt(ULARGE_INTEGER{.QuadPart = offset + got}, out.data() + got,
-                                               Piece(there - got), &count);
+            const HRESULT hr =
+                m_bytes->ReadAt(ULARGE_INTEGER{.QuadPart = offset + got}, out.data() + got, Piece(there - got), &count);
             if (FAILED(hr)) {
                 return hr;
             }
@@ -282,20 +283,22 @@ HRESULT PathStore::Replace(const ImageLayout& layout, const std::shared_ptr<Comp
 bool PathStore::IsCurrent() const {
     struct stat named = {};
     return stat(m_path.c_str(), &named) == 0 && named.st_dev == m_known.st_dev && named.st_ino == m_known.st_ino
-        && named.st_size == m_known.st_size && named.st_mtim.tv_sec == m_known.st_mtim.tv_sec
-        && named.st_mtim.tv_nsec == m_known.st_mtim.tv_nsec;
+           && named.st_size == m_known.st_size && named.st_mtim.tv_sec == m_known.st_mtim.tv_sec
+           && named.st_mtim.tv_nsec == m_known.st_mtim.tv_nsec;
 }
 
 void PathStore::Close() noexcept {
     struct stat named = {};
-    const bool ours = stat(m_path.c_str(), &named) == 0 && named.st_dev == m_known.st_dev
-                   && named.st_ino == m_known.st_ino;
+    const bool ours =
+        stat(m_path.c_str(), &named) == 0 && named.st_dev == m_known.st_dev && named.st_ino == m_known.st_ino;
     if (m_deleteAtClose && ours) {
         unlink(m_path.c_str());
     }
     ImageStore::Close();
 }
 
-void PathStore::Remember() noexcept { m_file->Describe(m_known); }
+void PathStore::Remember() noexcept {
+    m_file->Describe(m_known);
+}
 
 }  // namespace vx_storage

@@ -25,8 +25,7 @@ public:
     // On failure `reader` and the old image are as they were, except for an image written in place, whose target then
     // holds part of each: then `reader` may have received an unnamed copy of the new image, to go on with.
     [[nodiscard]] virtual HRESULT Replace(const ImageLayout& layout, const std::shared_ptr<CompoundReader>& old,
-                                          bool keepOld, Durability durability,
-                                          std::shared_ptr<CompoundReader>& reader);
+                                          bool keepOld, Durability durability, std::shared_ptr<CompoundReader>& reader);
 
     // False when somebody else has put another image there since it was opened or replaced here.
     virtual bool IsCurrent() const { return true; }
@@ -70,9 +69,8 @@ public:
     // True for a file that was made here and has no image yet.
     bool IsNew() const noexcept { return m_isNew; }
 
-    [[nodiscard]] HRESULT Replace(const ImageLayout& layout, const std::shared_ptr<CompoundReader>& old,
-                                  bool keepOld, Durability durability,
-                                  std::shared_ptr<CompoundReader>& reader) override;
+    [[nodiscard]] HRESULT Replace(const ImageLayout& layout, const std::shared_ptr<CompoundReader>& old, bool keepOld,
+                                  Durability durability, std::shared_ptr<CompoundReader>& reader) override;
     bool IsCurrent() const override;
     CStringW Name() const override { return m_name; }
     void Close() noexcept override;

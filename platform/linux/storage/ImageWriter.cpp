@@ -214,6 +214,8 @@ private:
 
 }  // namespace
 
-HRESULT WriteImage(const ImageLayout& layout, BackingBytes& target) { return ImageWriter(layout, target).Run(); }
+HRESULT WriteImage(const ImageLayout& layout, BackingBytes& target) {
+    return ImageWriter(layout, target).Run();
+}
 
 }  // namespace vx_storage

@@ -4,14 +4,16 @@ namespace vx_storage {
 namespace {
 
 constexpr DWORD kKnownBits = 0x3 | 0x70 | STGM_CREATE | STGM_TRANSACTED | STGM_SIMPLE | STGM_PRIORITY | STGM_NOSCRATCH
-                           | STGM_NOSNAPSHOT | STGM_DELETEONRELEASE;
+                             | STGM_NOSNAPSHOT | STGM_DELETEONRELEASE;
 
-constexpr bool Has(DWORD mode, DWORD flag) noexcept { return (mode & flag) != 0; }
+constexpr bool Has(DWORD mode, DWORD flag) noexcept {
+    return (mode & flag) != 0;
+}
 
 // What no mode may be, wherever it is used.
 bool MakesSense(DWORD mode) noexcept {
-    const bool known = (mode & ~kKnownBits) == 0 && AccessOf(mode) <= STGM_READWRITE
-                    && ShareOf(mode) <= STGM_SHARE_DENY_NONE;
+    const bool known =
+        (mode & ~kKnownBits) == 0 && AccessOf(mode) <= STGM_READWRITE && ShareOf(mode) <= STGM_SHARE_DENY_NONE;
     const bool onlyTransacted = Has(mode, STGM_NOSCRATCH) || Has(mode, STGM_NOSNAPSHOT);
     const bool onlyDirect = Has(mode, STGM_SIMPLE);
     return known && !(onlyTransacted && !IsTransacted(mode)) && !(onlyDirect && IsTransacted(mode));
@@ -68,6 +70,8 @@ HRESULT CheckStorageMode(DWORD mode, DWORD storageMode) noexcept {
     return CheckElementMode(mode, storageMode, STGM_DELETEONRELEASE | STGM_PRIORITY);
 }
 
-DWORD ReportedMode(DWORD mode) noexcept { return mode & ~STGM_CREATE; }
+DWORD ReportedMode(DWORD mode) noexcept {
+    return mode & ~STGM_CREATE;
+}
 
 }  // namespace vx_storage

@@ -5,15 +5,25 @@
 
 namespace vx_storage {
 
-constexpr DWORD AccessOf(DWORD mode) noexcept { return mode & 0x3U; }
-constexpr DWORD ShareOf(DWORD mode) noexcept { return mode & 0x70U; }
-constexpr bool MayRead(DWORD mode) noexcept { return AccessOf(mode) != STGM_WRITE; }
-constexpr bool MayWrite(DWORD mode) noexcept { return AccessOf(mode) != STGM_READ; }
-constexpr bool IsTransacted(DWORD mode) noexcept { return (mode & STGM_TRANSACTED) != 0; }
+constexpr DWORD AccessOf(DWORD mode) noexcept {
+    return mode & 0x3U;
+}
+constexpr DWORD ShareOf(DWORD mode) noexcept {
+    return mode & 0x70U;
+}
+constexpr bool MayRead(DWORD mode) noexcept {
+    return AccessOf(mode) != STGM_WRITE;
+}
+constexpr bool MayWrite(DWORD mode) noexcept {
+    return AccessOf(mode) != STGM_READ;
+}
+constexpr bool IsTransacted(DWORD mode) noexcept {
+    return (mode & STGM_TRANSACTED) != 0;
+}
 
 // What may be asked of a Commit.
-inline constexpr DWORD kCommitFlags = STGC_OVERWRITE | STGC_ONLYIFCURRENT | STGC_DANGEROUSLYCOMMITMERELYTODISKCACHE
-                                    | STGC_CONSOLIDATE;
+inline constexpr DWORD kCommitFlags =
+    STGC_OVERWRITE | STGC_ONLYIFCURRENT | STGC_DANGEROUSLYCOMMITMERELYTODISKCACHE | STGC_CONSOLIDATE;
 
 // The mode of a root. STG_E_INVALIDFLAG for a combination that makes no sense there.
 [[nodiscard]] HRESULT CheckCreateFileMode(DWORD mode) noexcept;

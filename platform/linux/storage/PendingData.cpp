@@ -38,7 +38,9 @@ HRESULT PendingData::TakeSlot(std::uint64_t& offset) {
     return S_OK;
 }
 
-void PendingData::ReturnSlot(std::uint64_t offset) noexcept { m_freeSlots.push_back(offset); }
+void PendingData::ReturnSlot(std::uint64_t offset) noexcept {
+    m_freeSlots.push_back(offset);
+}
 
 PendingBlock::~PendingBlock() {
     if (m_slot != kInMemory) {

@@ -30,7 +30,7 @@ private:
     std::size_t m_memoryLeft;
     std::shared_ptr<BackingBytes> m_scratch;  // made when the first slot is
     std::uint64_t m_scratchEnd = 0;
-    std::vector<std::uint64_t> m_freeSlots;   // has room for every slot there is, so that returning one cannot fail
+    std::vector<std::uint64_t> m_freeSlots;  // has room for every slot there is, so that returning one cannot fail
     std::size_t m_slots = 0;
 };
 

@@ -32,7 +32,7 @@ private:
 
     struct Line {
         std::vector<std::byte> bytes;
-        std::size_t valid = 0;     // less than a line only at the end of the file
+        std::size_t valid = 0;  // less than a line only at the end of the file
         std::uint64_t lastUse = 0;
     };
 

@@ -43,7 +43,8 @@ private:
 class SectorChain {
 public:
     // The chain that begins at sector `first`, of which `needed` sectors are meant; what follows those does not matter.
-    explicit SectorChain(std::uint32_t first, std::uint64_t needed = kAll) noexcept : m_first(first), m_needed(needed) {}
+    explicit SectorChain(std::uint32_t first, std::uint64_t needed = kAll) noexcept
+        : m_first(first), m_needed(needed) {}
 
     // Finds the sector at place `index` of the chain, and how many of the next ones, up to `most`, directly follow it
     // in the file: `sector` to `sector + count - 1`.
@@ -69,12 +70,12 @@ private:
     std::uint32_t m_first;
     std::uint64_t m_needed;
     bool m_started = false;
-    Place m_cursor;                    // where the last search ended
-    Place m_frontier;                  // the farthest place reached
-    Place m_tortoise;                  // Brent's: a loop is found when the frontier meets it again
+    Place m_cursor;    // where the last search ended
+    Place m_frontier;  // the farthest place reached
+    Place m_tortoise;  // Brent's: a loop is found when the frontier meets it again
     std::uint64_t m_tortoiseLeap = 1;
-    std::uint64_t m_end = kAll;               // from this place on there is no chain, as far as is known
-    std::vector<std::uint32_t> m_marks;       // the sectors at places 0, m_markStride, 2 * m_markStride ...
+    std::uint64_t m_end = kAll;          // from this place on there is no chain, as far as is known
+    std::vector<std::uint32_t> m_marks;  // the sectors at places 0, m_markStride, 2 * m_markStride ...
     std::uint64_t m_markStride = kChainMarkStride;
 };
 

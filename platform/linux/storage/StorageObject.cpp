@@ -100,8 +100,8 @@ HRESULT StorageObject::CreateElement(const OLECHAR* name, NodeKind kind, DWORD m
     if (const HRESULT hr = CheckWritable(); FAILED(hr)) {
         return hr;
     }
-    const HRESULT fits = kind == NodeKind::Stream ? CheckStreamMode(mode, m_storage->mode)
-                                                  : CheckStorageMode(mode, m_storage->mode);
+    const HRESULT fits =
+        kind == NodeKind::Stream ? CheckStreamMode(mode, m_storage->mode) : CheckStorageMode(mode, m_storage->mode);
     if (FAILED(fits)) {
         return fits;
     }
@@ -158,8 +158,7 @@ HRESULT StorageObject::CreateStream(const OLECHAR* name, DWORD mode, DWORD reser
     });
 }
 
-HRESULT StorageObject::OpenStream(const OLECHAR* name, void* reserved1, DWORD mode, DWORD reserved2,
-                                  IStream** stream) {
+HRESULT StorageObject::OpenStream(const OLECHAR* name, void* reserved1, DWORD mode, DWORD reserved2, IStream** stream) {
     return Guarded([&] {
         if (stream == nullptr) {
             return STG_E_INVALIDPOINTER;

@@ -96,9 +96,9 @@ HRESULT StreamContent::OwnBlock(std::size_t index, bool keepContents, const std:
     }
     auto block = std::make_shared<PendingBlock>(pending);
     const std::uint64_t start = std::uint64_t{index} * kBlockBytes;
-    const std::uint64_t holds = HasBlock(index)           ? m_blocks[index]->Used()
-                              : start < m_fileLimit       ? std::min(m_fileLimit - start, std::uint64_t{kBlockBytes})
-                                                          : 0;
+    const std::uint64_t holds = HasBlock(index)       ? m_blocks[index]->Used()
+                                : start < m_fileLimit ? std::min(m_fileLimit - start, std::uint64_t{kBlockBytes})
+                                                      : 0;
     if (keepContents && holds > 0) {
         std::vector<std::byte> bytes(static_cast<std::size_t>(holds));
         std::size_t got = 0;

@@ -39,9 +39,7 @@ private:
     HRESULT CheckWritable() const noexcept {
         return m_stream->scope->Ended() ? STG_E_REVERTED : MayWrite(m_stream->mode) ? S_OK : STG_E_ACCESSDENIED;
     }
-    HRESULT NoLocking() const noexcept {
-        return m_stream->scope->Ended() ? STG_E_REVERTED : STG_E_INVALIDFUNCTION;
-    }
+    HRESULT NoLocking() const noexcept { return m_stream->scope->Ended() ? STG_E_REVERTED : STG_E_INVALIDFUNCTION; }
     StreamContent& Content() const noexcept { return m_stream->node->content; }
     HRESULT ReadOn(std::span<std::byte> out, std::size_t& got);
 

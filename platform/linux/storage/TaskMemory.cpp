@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <limits>
+
 #include <malloc.h>
 
 namespace {
@@ -35,7 +36,9 @@ constinit TaskAllocator g_taskAllocator;
 
 }  // namespace
 
-LPVOID CoTaskMemAlloc(SIZE_T cb) noexcept { return std::malloc(cb == 0 ? 1 : cb); }
+LPVOID CoTaskMemAlloc(SIZE_T cb) noexcept {
+    return std::malloc(cb == 0 ? 1 : cb);
+}
 
 LPVOID CoTaskMemRealloc(LPVOID pv, SIZE_T cb) noexcept {
     if (pv != nullptr && cb == 0) {
@@ -45,7 +48,9 @@ LPVOID CoTaskMemRealloc(LPVOID pv, SIZE_T cb) noexcept {
     return std::realloc(pv, cb == 0 ? 1 : cb);
 }
 
-void CoTaskMemFree(LPVOID pv) noexcept { std::free(pv); }
+void CoTaskMemFree(LPVOID pv) noexcept {
+    std::free(pv);
+}
 
 HRESULT CoGetMalloc(DWORD dwMemContext, LPMALLOC* ppMalloc) noexcept {
     constexpr DWORD kTaskContext = 1;

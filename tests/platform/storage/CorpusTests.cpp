@@ -77,9 +77,9 @@ TEST(Corpus, EveryMessageReadsWholeAndIsListedTheSameByGsf) {
     for (std::size_t i = 0; i < files.size(); ++i) {
         SCOPED_TRACE(files[i].string());
         Held<IStorage> root;
-        ASSERT_EQ(StgOpenStorage(TestFolder::Wide(files[i]).c_str(), nullptr, STGM_SHARE_DENY_WRITE, nullptr, 0,
-                                 root.Put()),
-                  S_OK);
+        ASSERT_EQ(
+            StgOpenStorage(TestFolder::Wide(files[i]).c_str(), nullptr, STGM_SHARE_DENY_WRITE, nullptr, 0, root.Put()),
+            S_OK);
         Walked walked;
         walked.fileSize = std::filesystem::file_size(files[i]);
         Walk(root.Get(), {}, walked);

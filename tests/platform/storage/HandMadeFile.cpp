@@ -5,7 +5,9 @@
 namespace storage_test {
 namespace {
 
-std::size_t Sectors(std::size_t size, std::size_t unit) { return (size + unit - 1) / unit; }
+std::size_t Sectors(std::size_t size, std::size_t unit) {
+    return (size + unit - 1) / unit;
+}
 
 }  // namespace
 
@@ -41,8 +43,9 @@ HandMadeFile::HandMadeFile(unsigned version, const std::vector<Stream>& given)
     std::size_t sectors = 2 + Sectors(3 + streams.size(), sectorBytes / 128);
     std::size_t miniBytes = 64;
     for (const Stream& stream : streams) {
-        (stream.bytes.size() >= 4096 ? sectors : miniBytes) +=
-            stream.bytes.size() >= 4096 ? Sectors(stream.bytes.size(), sectorBytes) : 64 * Sectors(stream.bytes.size(), 64);
+        (stream.bytes.size() >= 4096 ? sectors : miniBytes) += stream.bytes.size() >= 4096
+                                                                   ? Sectors(stream.bytes.size(), sectorBytes)
+                                                                   : 64 * Sectors(stream.bytes.size(), 64);
     }
     sectors += Sectors(miniBytes, sectorBytes);
     EXPECT_LE(sectors, sectorBytes / 4);
@@ -76,7 +79,8 @@ HandMadeFile::HandMadeFile(unsigned version, const std::vector<Stream>& given)
             for (std::uint32_t piece = 0; piece < count; ++piece) {
                 const std::uint32_t place = first + static_cast<std::uint32_t>(count) - 1 - piece;
                 const std::size_t length = std::min<std::size_t>(64, data.size() - 64 * std::size_t{piece});
-                std::copy_n(data.begin() + 64 * std::ptrdiff_t{piece}, length, mini.begin() + 64 * std::ptrdiff_t{place});
+                std::copy_n(data.begin() + 64 * std::ptrdiff_t{piece}, length,
+                            mini.begin() + 64 * std::ptrdiff_t{place});
                 Set(MiniFatSlotAt(place), piece + 1 < count ? place - 1 : kEnd);
             }
             start = first + static_cast<std::uint32_t>(count) - 1;

@@ -40,7 +40,8 @@ public:
 
 private:
     void PutHeader(unsigned version);
-    void PutEntry(std::uint32_t id, const std::string& name, std::uint8_t type, std::uint32_t start, std::uint64_t size);
+    void PutEntry(std::uint32_t id, const std::string& name, std::uint8_t type, std::uint32_t start,
+                  std::uint64_t size);
     void Link(std::uint32_t id, std::size_t field, std::uint32_t target) { Set(EntryAt(id) + field, target); }
     std::uint32_t PutChain(const Bytes& data);
 

@@ -1,6 +1,7 @@
 // What Windows publishes and what this implementation promises beyond it, where other implementations differ.
 #include "StorageTestSupport.h"
 
+#include <poll.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -68,7 +69,8 @@ TEST_F(StorageContract, RefusedCallsAnswerPublishedCodes) {
     const WCHAR loneSurrogate[] = {0xD800, 'x', 0};
     EXPECT_CODE(StgOpenStorage(loneSurrogate, nullptr, kReadOnly, nullptr, 0, storage.Put()), STG_E_INVALIDNAME);
     EXPECT_CODE(StgOpenStorage(m_folder.Name("").c_str(), nullptr, kReadOnly, nullptr, 0, storage.Put()),
-                STG_E_ACCESSDENIED) << "a folder";
+                STG_E_ACCESSDENIED)
+        << "a folder";
     EXPECT_CODE(StgCreateDocfile((m_folder.Name("no folder") + "/file"_w).c_str(), kExclusive, 0, storage.Put()),
                 STG_E_PATHNOTFOUND);
     EXPECT_CODE(StgIsStorageILockBytes(nullptr), STG_E_INVALIDPOINTER);
@@ -126,6 +128,9 @@ TEST_F(StorageContract, GapsAndRegrownEndsAreZero) {
             EXPECT_TRUE(ReadAll(stream.Get()) == expected);
         };
         shrinkGrowAndLeaveAGap();
+        EXPECT_EQ(stream->Seek(Offset(0), STREAM_SEEK_SET, nullptr), S_OK);
+        expected = Pattern(4 * unit + 1, 2);
+        WriteAll(stream.Get(), expected);
         stream.Reset();
         Reopen(kExclusive);
         ASSERT_EQ(m_root->OpenStream(name.c_str(), nullptr, kExclusive, 0, stream.Put()), S_OK);
@@ -165,13 +170,19 @@ TEST_F(StorageContract, NamesDifferByMoreThanCaseInAllScripts) {
         bool same;
     };
     constexpr Row rows[] = {
-        {"e with acute", 0xE9, 0xC9, true},         {"y with diaeresis", 0xFF, 0x178, true},
-        {"Polish l", 0x142, 0x141, true},           {"Greek alpha", 0x3B1, 0x391, true},
-        {"Greek final sigma", 0x3C2, 0x3A3, true},  {"Cyrillic a", 0x430, 0x410, true},
-        {"Cyrillic io", 0x451, 0x401, true},        {"Armenian", 0x561, 0x531, true},
-        {"Vietnamese", 0x1EA1, 0x1EA0, true},       {"wide a", 0xFF41, 0xFF21, true},
+        {"e with acute", 0xE9, 0xC9, true},
+        {"y with diaeresis", 0xFF, 0x178, true},
+        {"Polish l", 0x142, 0x141, true},
+        {"Greek alpha", 0x3B1, 0x391, true},
+        {"Greek final sigma", 0x3C2, 0x3A3, true},
+        {"Cyrillic a", 0x430, 0x410, true},
+        {"Cyrillic io", 0x451, 0x401, true},
+        {"Armenian", 0x561, 0x531, true},
+        {"Vietnamese", 0x1EA1, 0x1EA0, true},
+        {"wide a", 0xFF41, 0xFF21, true},
         {"division sign, multiplication sign", 0xF7, 0xD7, false},
-        {"sharp s", 0xDF, 0x1E9E, false},           {"Hebrew neighbours", 0x5D0, 0x5D1, false},
+        {"sharp s", 0xDF, 0x1E9E, false},
+        {"Hebrew neighbours", 0x5D0, 0x5D1, false},
         {"halves of a surrogate pair", 0xD800, 0xDC00, false},
     };
     for (const Row& row : rows) {
@@ -211,7 +222,8 @@ TEST_F(StorageContract, MoveElementToMovesAndCopies) {
     CLSID clsid = {};
     EXPECT_EQ(ReadClassStg(folder.Get(), &clsid), S_OK);
     EXPECT_EQ(clsid, OleGuid(5));
-    EXPECT_CODE(target->MoveElementTo("folder"_w, m_root.Get(), "x"_w, STGMOVE_COPY), STG_E_ACCESSDENIED) << "it is open";
+    EXPECT_CODE(target->MoveElementTo("folder"_w, m_root.Get(), "x"_w, STGMOVE_COPY), STG_E_ACCESSDENIED)
+        << "it is open";
 }
 
 TEST_F(StorageContract, CopiesMayGoUpwardsAndSideways) {
@@ -284,6 +296,37 @@ TEST_F(StorageContract, OpeningsInOtherProcessesCountToo) {
     EXPECT_EQ(openInChild(kExclusive), 0);
 }
 
+// Between finding a file and claiming it, a commit may put another one in its place.
+TEST_F(StorageContract, AnOpeningNeverSlipsInDuringACommit) {
+    int done[2] = {};
+    ASSERT_EQ(pipe(done), 0);
+    const pid_t child = fork();
+    if (child == 0) {
+        close(done[1]);
+        char byte = 0;
+        while (true) {
+            IStorage* root = nullptr;
+            if (StgOpenStorage(m_name.c_str(), nullptr, STGM_SHARE_DENY_WRITE, nullptr, 0, &root)
+                != STG_E_SHAREVIOLATION) {
+                _exit(1);
+            }
+            struct pollfd waiting = {done[0], POLLIN | POLLHUP, 0};
+            if (poll(&waiting, 1, 0) > 0) {
+                _exit(read(done[0], &byte, 1) == 0 ? 0 : 2);
+            }
+        }
+    }
+    close(done[0]);
+    for (int i = 0; i < 500; ++i) {
+        EXPECT_EQ(m_root->SetStateBits(static_cast<DWORD>(i), 0xFFFF), S_OK);
+        EXPECT_EQ(m_root->Commit(STGC_DANGEROUSLYCOMMITMERELYTODISKCACHE), S_OK);
+    }
+    close(done[1]);
+    int status = 0;
+    waitpid(child, &status, 0);
+    EXPECT_EQ(status, 0);
+}
+
 TEST_F(StorageContract, AReplacedFileStaysUntilTheCommit) {
     AddStream(m_root.Get(), "old"_w, {1});
     m_root.Reset();
@@ -294,6 +337,8 @@ TEST_F(StorageContract, AReplacedFileStaysUntilTheCommit) {
     m_root.Reset();
     EXPECT_EQ(ReadFile(m_folder.Path("file")), before);
     ASSERT_EQ(StgCreateDocfile(m_name.c_str(), mode, 0, m_root.Put()), S_OK);
+    AddStream(m_root.Get(), "new"_w, {2});
+    EXPECT_EQ(m_root->Revert(), S_OK);
     EXPECT_EQ(m_root->Commit(STGC_DEFAULT), S_OK);
     Reopen(kReadOnly);
     EXPECT_EQ(Names(m_root.Get()).size(), 0U) << "a commit of nothing still replaces";
@@ -377,6 +422,12 @@ TEST_F(StorageContract, LargeStreamsNeedLittleMemory) {
         ASSERT_EQ(stream->Read(read.data(), static_cast<ULONG>(kPiece), &got), S_OK);
         ASSERT_TRUE(read == piece) << i;
         most = std::max(most, MemoryInUse());
+    }
+    for (int i = kPieces - 1; i >= 0; i -= 7) {
+        ULONG got = 0;
+        ASSERT_EQ(stream->Seek(Offset(i * static_cast<std::int64_t>(kPiece) + 999), STREAM_SEEK_SET, nullptr), S_OK);
+        ASSERT_EQ(stream->Read(read.data(), 1000, &got), S_OK);
+        ASSERT_TRUE(std::equal(read.begin(), read.begin() + 1000, piece.begin() + 999)) << i;
     }
     EXPECT_LT(most - before, 16'000'000U);
 }

@@ -49,10 +49,10 @@ TEST_F(StorageElements, AnswerTheCodesOfTheirTable) {
         {"a storage with the name of a stream",
          [&] { return root->CreateStorage("stream"_w, kExclusive, 0, 0, storage.Put()); }, STG_E_FILEALREADYEXISTS},
         {"no name", [&] { return root->CreateStream(nullptr, kExclusive, 0, 0, stream.Put()); }, STG_E_INVALIDNAME},
-        {"a name too long",
-         [&] { return root->CreateStream(kTooLongName.c_str(), kExclusive, 0, 0, stream.Put()); }, STG_E_INVALIDNAME},
-        {"the longest name",
-         [&] { return root->CreateStream(kLongestName.c_str(), kExclusive, 0, 0, stream.Put()); }, S_OK},
+        {"a name too long", [&] { return root->CreateStream(kTooLongName.c_str(), kExclusive, 0, 0, stream.Put()); },
+         STG_E_INVALIDNAME},
+        {"the longest name", [&] { return root->CreateStream(kLongestName.c_str(), kExclusive, 0, 0, stream.Put()); },
+         S_OK},
         {"reserved parameters", [&] { return root->CreateStream("r"_w, kExclusive, 1, 0, stream.Put()); },
          STG_E_INVALIDPARAMETER},
         {"nowhere to put it", [&] { return root->CreateStream("r"_w, kExclusive, 0, 0, nullptr); },
@@ -76,8 +76,8 @@ TEST_F(StorageElements, AnswerTheCodesOfTheirTable) {
         {"destroy what is missing", [&] { return root->DestroyElement("none"_w); }, STG_E_FILENOTFOUND},
         {"copy into itself", [&] { return root->CopyTo(0, nullptr, nullptr, root); }, STG_E_ACCESSDENIED},
         {"copy to nothing", [&] { return root->CopyTo(0, nullptr, nullptr, nullptr); }, STG_E_INVALIDPOINTER},
-        {"open a storage", [&] { return root->OpenStorage("storage"_w, nullptr, kExclusive, nullptr, 0, storage.Put()); },
-         S_OK},
+        {"open a storage",
+         [&] { return root->OpenStorage("storage"_w, nullptr, kExclusive, nullptr, 0, storage.Put()); }, S_OK},
         {"copy into what lies within", [&] { return root->CopyTo(0, nullptr, nullptr, storage.Get()); },
          STG_E_ACCESSDENIED},
         {"open a storage twice",
@@ -107,15 +107,27 @@ TEST_F(StorageElements, OfAReadOnlyStorageCannotChange) {
 }
 
 TEST_F(StorageElements, AreEnumeratedByLengthThenUpperCase) {
-    const CStringW names[] = {"s64"_w,   "aB"_w,    "B"_w,     "empty"_w, "b1"_w, "AA"_w,
-                              "a"_w,     "a-b"_w,   "sub"_w,   "__substg1.0_001A001F"_w, "\x01" "c"_w};
+    const CStringW names[] = {"s64"_w,
+                              "aB"_w,
+                              "B"_w,
+                              "empty"_w,
+                              "b1"_w,
+                              "AA"_w,
+                              "a"_w,
+                              "a-b"_w,
+                              "sub"_w,
+                              "__substg1.0_001A001F"_w,
+                              "\x01"
+                              "c"_w};
     for (const CStringW& name : names) {
         AddStream(m_root.Get(), name, {});
     }
     MakeStorage(m_root.Get(), "C"_w);
     Reopen(kExclusive);
-    EXPECT_EQ(Names(m_root.Get()), Wide({"a", "B", "C/", "\x01" "c", "AA", "aB", "b1", "a-b", "s64", "sub", "empty",
-                                         "__substg1.0_001A001F"}));
+    EXPECT_EQ(Names(m_root.Get()), Wide({"a", "B", "C/",
+                                         "\x01"
+                                         "c",
+                                         "AA", "aB", "b1", "a-b", "s64", "sub", "empty", "__substg1.0_001A001F"}));
 }
 
 TEST_F(StorageElements, EnumeratorsCountSkipCloneAndSeeChanges) {
@@ -239,8 +251,8 @@ TEST_F(StorageElements, AreObjectsOfTheirInterfacesOnly) {
         ASSERT_EQ(row.object->QueryInterface(IID_IUnknown, reinterpret_cast<void**>(identity.Put())), S_OK);
         for (const IID& iid : {IID_IUnknown, IID_IStorage, IID_ISequentialStream, IID_IStream, IID_IEnumSTATSTG,
                                IID_ILockBytes, IID_IMalloc}) {
-            const bool known = std::any_of(row.known.begin(), row.known.end(),
-                                           [&](const IID& one) { return IsEqualGUID(one, iid); });
+            const bool known =
+                std::any_of(row.known.begin(), row.known.end(), [&](const IID& one) { return IsEqualGUID(one, iid); });
             Held<IUnknown> found;
             Held<IUnknown> again;
             EXPECT_CODE(row.object->QueryInterface(iid, reinterpret_cast<void**>(found.Put())),

@@ -33,9 +33,13 @@ Bytes Pattern(std::size_t size, std::uint32_t seed) {
     return bytes;
 }
 
-CStringW Named(const std::string& ascii) { return {ascii.begin(), ascii.end()}; }
+CStringW Named(const std::string& ascii) {
+    return {ascii.begin(), ascii.end()};
+}
 
-CStringW Numbered(const char* prefix, std::size_t number) { return Named(prefix + std::to_string(number)); }
+CStringW Numbered(const char* prefix, std::size_t number) {
+    return Named(prefix + std::to_string(number));
+}
 
 Folder ExpectedTree(bool large) {
     Folder root;
@@ -99,7 +103,7 @@ bool Write(IStorage* storage, const Folder& folder) {
         ULONG written = 0;
         if (!bytes.empty()) {
             good = Succeeded(stream->Write(bytes.data(), static_cast<ULONG>(bytes.size()), &written), "write", name)
-                && written == bytes.size() && good;
+                   && written == bytes.size() && good;
         }
         stream->Release();
     }
@@ -121,8 +125,7 @@ bool CheckStream(IStorage* storage, const CStringW& name, const Bytes& expected)
     }
     Bytes bytes(expected.size() + 1);
     ULONG got = 0;
-    const bool read =
-        Succeeded(stream->Read(bytes.data(), static_cast<ULONG>(bytes.size()), &got), "read", name);
+    const bool read = Succeeded(stream->Read(bytes.data(), static_cast<ULONG>(bytes.size()), &got), "read", name);
     stream->Release();
     const bool same = read && got == expected.size() && std::equal(expected.begin(), expected.end(), bytes.begin());
     if (!same) {

@@ -30,8 +30,8 @@ protected:
 };
 
 // 0, 64 (mini sector), 512 (sector), 4096 (mini stream cutoff), 65536 (the unit in which data is kept), and around them.
-constexpr std::size_t kSizes[] = {0,    1,    63,   64,   65,    127,   511,    512,    513,     4095,
-                                  4096, 4097, 4608, 8191, 65535, 65536, 65537,  131072, 200'000, 3'000'000};
+constexpr std::size_t kSizes[] = {0,    1,    63,   64,   65,    127,   511,   512,    513,     4095,
+                                  4096, 4097, 4608, 8191, 65535, 65536, 65537, 131072, 200'000, 3'000'000};
 
 CStringW NameOfSize(std::size_t size) {
     const std::string digits = std::to_string(size);
@@ -52,9 +52,9 @@ TEST_F(StorageStreams, OfEverySizeComeBackWhole) {
 }
 
 TEST_F(StorageStreams, GrowAndShrinkAcrossTheCutoff) {
-    constexpr std::size_t rows[][2] = {{100, 5000},   {5000, 100},     {4095, 4096},       {4096, 4095},
-                                       {4096, 0},     {0, 4096},       {65536, 65537},     {65537, 65536},
-                                       {70'000, 100}, {100, 300'000},  {2'000'000, 4095}};
+    constexpr std::size_t rows[][2] = {{100, 5000},   {5000, 100},    {4095, 4096},     {4096, 4095},
+                                       {4096, 0},     {0, 4096},      {65536, 65537},   {65537, 65536},
+                                       {70'000, 100}, {100, 300'000}, {2'000'000, 4095}};
     for (const auto& [before, after] : rows) {
         SCOPED_TRACE(testing::Message() << before << " to " << after);
         const CStringW name = NameOfSize(before) + "to"_w + NameOfSize(after);
@@ -85,7 +85,8 @@ TEST_F(StorageStreams, TakeWritesAnywhere) {
     std::mt19937 random(1);
     for (int step = 0; step < 300; ++step) {
         const std::size_t offset = random() % 250'000;
-        const Bytes bytes = Pattern(random() % 3 == 0 ? random() % 100'000 : random() % 300, static_cast<std::uint32_t>(random()));
+        const Bytes bytes =
+            Pattern(random() % 3 == 0 ? random() % 100'000 : random() % 300, static_cast<std::uint32_t>(random()));
         if (offset > model.size() && !bytes.empty()) {
             // No gaps here: what they hold is the matter of a test of its own.
             continue;
@@ -115,9 +116,12 @@ TEST_F(StorageStreams, SeekFromEveryOrigin) {
         DWORD origin;
         std::uint64_t expected;
     } rows[] = {
-        {"to a place", 40, STREAM_SEEK_SET, 40},       {"on", 25, STREAM_SEEK_CUR, 65},
-        {"back", -60, STREAM_SEEK_CUR, 5},             {"before the end", -1, STREAM_SEEK_END, 99},
-        {"beyond the end", 1000, STREAM_SEEK_END, 1100}, {"nowhere", 0, STREAM_SEEK_CUR, 1100},
+        {"to a place", 40, STREAM_SEEK_SET, 40},
+        {"on", 25, STREAM_SEEK_CUR, 65},
+        {"back", -60, STREAM_SEEK_CUR, 5},
+        {"before the end", -1, STREAM_SEEK_END, 99},
+        {"beyond the end", 1000, STREAM_SEEK_END, 1100},
+        {"nowhere", 0, STREAM_SEEK_CUR, 1100},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
@@ -187,7 +191,8 @@ TEST_F(StorageStreams, CopyToWorksFromPositionToPosition) {
         EXPECT_EQ(from->Seek(Offset(0), STREAM_SEEK_CUR, &position), S_OK);
         EXPECT_EQ(position.QuadPart, row.start + row.expected);
         Bytes expected = {7};
-        const auto start = bytes.begin() + static_cast<std::ptrdiff_t>(std::min<std::uint64_t>(row.start, bytes.size()));
+        const auto start =
+            bytes.begin() + static_cast<std::ptrdiff_t>(std::min<std::uint64_t>(row.start, bytes.size()));
         expected.insert(expected.end(), start, start + static_cast<std::ptrdiff_t>(row.expected));
         if (expected.size() < 3) {
             expected.resize(3, 7);
@@ -214,8 +219,8 @@ TEST_F(StorageStreams, ThatManyShareOneStorageComeBack) {
         Bytes bytes;
         EXPECT_CODE(ReadStream(m_root.Get(), "n"_w + NameOfSize(static_cast<std::size_t>(i)), bytes),
                     i % 2 == 0 ? STG_E_FILENOTFOUND : S_OK);
-        EXPECT_EQ(bytes, i % 2 == 0 ? Bytes()
-                                    : Pattern(static_cast<std::size_t>(i) * 7 % 500, static_cast<std::uint32_t>(i)));
+        EXPECT_EQ(bytes,
+                  i % 2 == 0 ? Bytes() : Pattern(static_cast<std::size_t>(i) * 7 % 500, static_cast<std::uint32_t>(i)));
     }
 }
 

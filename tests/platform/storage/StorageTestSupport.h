@@ -61,7 +61,7 @@ public:
     TestFolder() {
         static std::atomic<unsigned> s_count{0};
         m_path = std::filesystem::temp_directory_path()
-               / ("vx-storage-" + std::to_string(std::random_device{}()) + "-" + std::to_string(++s_count));
+                 / ("vx-storage-" + std::to_string(std::random_device{}()) + "-" + std::to_string(++s_count));
         std::filesystem::create_directories(m_path);
     }
     ~TestFolder() {

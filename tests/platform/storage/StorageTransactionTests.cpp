@@ -146,8 +146,38 @@ TEST_F(StorageTransactions, WithinADirectFileKeepApartWhatTheyRead) {
     AddStream(inner.Get(), "small"_w, {2});
     EXPECT_EQ(inner->Commit(STGC_DEFAULT), S_OK);
     inner.Reset();
-    EXPECT_EQ(Saved(),
-              (Expected{{"a"_w, Pattern(50'000, 2)}, {"inner/large"_w, large}, {"inner/small"_w, {2}}}));
+    EXPECT_EQ(Saved(), (Expected{{"a"_w, Pattern(50'000, 2)}, {"inner/large"_w, large}, {"inner/small"_w, {2}}}));
+}
+
+TEST_F(StorageTransactions, WithinAnotherDoNotWriteThroughToIt) {
+    // Data that neither has committed yet, in one block and in several.
+    for (const std::size_t size : {std::size_t{1000}, std::size_t{200'000}}) {
+        SCOPED_TRACE(size);
+        const Bytes before = Pattern(size, 1);
+        Create(kTransacted | STGM_CREATE);
+        Held<IStorage> inner = Inner(m_root.Get(), "inner"_w, kExclusive);
+        AddStream(inner.Get(), "s"_w, before);
+        inner.Reset();
+        const auto change = [&](std::uint8_t value) {
+            Held<IStream> stream;
+            ASSERT_EQ(inner->OpenStream("s"_w, nullptr, kExclusive, 0, stream.Put()), S_OK);
+            ASSERT_EQ(stream->Seek(Offset(500), STREAM_SEEK_SET, nullptr), S_OK);
+            WriteAll(stream.Get(), {value});
+        };
+        ASSERT_EQ(m_root->OpenStorage("inner"_w, nullptr, kTransacted, nullptr, 0, inner.Put()), S_OK);
+        change(before[500] ^ 1);
+        EXPECT_EQ(inner->Revert(), S_OK);
+        EXPECT_EQ(Tree(inner.Get()), (Expected{{"s"_w, before}}));
+        change(before[500] ^ 2);
+        EXPECT_EQ(inner->Commit(STGC_DEFAULT), S_OK);
+        change(before[500] ^ 4);
+        inner.Reset();
+        EXPECT_EQ(m_root->Commit(STGC_DEFAULT), S_OK);
+        Bytes after = before;
+        after[500] ^= 2;
+        EXPECT_EQ(Saved(), (Expected{{"inner/s"_w, after}}));
+        m_root.Reset();
+    }
 }
 
 TEST_F(StorageTransactions, DirectStoragesInATransactedFileHaveNothingOfTheirOwn) {

@@ -5,6 +5,7 @@
 #include <array>
 #include <csignal>
 #include <cstdio>
+
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -22,7 +23,8 @@ CStringW Numbered(const char* prefix, std::size_t number) {
 // Trees of every number of siblings up to some full levels, streams around every boundary, storages in storages.
 void Fill(IStorage* root, std::size_t siblings) {
     for (std::size_t i = 0; i < siblings; ++i) {
-        AddStream(root, Numbered(i % 3 == 0 ? "x" : "Long name ", i), Pattern(i * 37 % 200, static_cast<std::uint32_t>(i)));
+        AddStream(root, Numbered(i % 3 == 0 ? "x" : "Long name ", i),
+                  Pattern(i * 37 % 200, static_cast<std::uint32_t>(i)));
     }
     for (const std::size_t size : {4095U, 4096U, 4097U, 65536U, 70'000U}) {
         AddStream(root, Numbered("size ", size), Pattern(size, 1));
@@ -141,8 +143,9 @@ TEST(WrittenFiles, StayWhatTheyWereWhenTheDiskIsFull) {
     AddStream(root.Get(), "old"_w, Pattern(5000, 1));
     root.Reset();
     const Bytes before = ReadFile(folder.Path("file"));
-    ASSERT_EQ(StgOpenStorage(folder.Name("file").c_str(), nullptr, kExclusive | STGM_TRANSACTED, nullptr, 0, root.Put()),
-              S_OK);
+    ASSERT_EQ(
+        StgOpenStorage(folder.Name("file").c_str(), nullptr, kExclusive | STGM_TRANSACTED, nullptr, 0, root.Put()),
+        S_OK);
     AddStream(root.Get(), "new"_w, Pattern(1'000'000, 2));
 
     struct rlimit unlimited = {};
@@ -172,6 +175,9 @@ TEST(WrittenFiles, AreReplacedInPlaceInAFolderThatMayNotChange) {
     ASSERT_EQ(StgCreateDocfile(folder.Name("file").c_str(), kExclusive, 0, root.Put()), S_OK);
     AddStream(root.Get(), "old"_w, Pattern(30'000, 1));
     root.Reset();
+    struct stat before = {};
+    struct stat after = {};
+    ASSERT_EQ(stat(folder.Path("file").c_str(), &before), 0);
     std::filesystem::permissions(folder.Path("file"), std::filesystem::perms(0666));
     std::filesystem::permissions(folder.Path(""), std::filesystem::perms(0555));
     const pid_t child = fork();
@@ -190,6 +196,8 @@ TEST(WrittenFiles, AreReplacedInPlaceInAFolderThatMayNotChange) {
     waitpid(child, &status, 0);
     EXPECT_EQ(status, 0);
     std::filesystem::permissions(folder.Path(""), std::filesystem::perms(0755));
+    ASSERT_EQ(stat(folder.Path("file").c_str(), &after), 0);
+    EXPECT_EQ(before.st_ino, after.st_ino);
     const std::map<CStringW, Bytes> expected = {{"a"_w, Pattern(100'000, 2)}, {"old"_w, Pattern(30'000, 1)}};
     EXPECT_EQ(StrictChecker(ReadFile(folder.Path("file"))).Check(), expected);
 }
@@ -207,7 +215,10 @@ public:
     ULONG AddRef() override { return ++m_references; }
     ULONG Release() override { return --m_references; }
     HRESULT ReadAt(ULARGE_INTEGER offset, void* pv, ULONG cb, ULONG* got) override {
-        return Fails() ? STG_E_READFAULT : m_bytes->ReadAt(offset, pv, cb, got);
+        STATSTG stat = {};
+        m_bytes->Stat(&stat, STATFLAG_NONAME);
+        const bool beyond = offset.QuadPart + cb > stat.cbSize.QuadPart;  // some arrays are strict about their end
+        return Fails() || beyond ? STG_E_READFAULT : m_bytes->ReadAt(offset, pv, cb, got);
     }
     HRESULT WriteAt(ULARGE_INTEGER offset, const void* pv, ULONG cb, ULONG* written) override {
         return Fails() ? STG_E_MEDIUMFULL : m_bytes->WriteAt(offset, pv, cb, written);
@@ -231,7 +242,7 @@ private:
 
 TEST(WrittenFiles, SurviveAFaultInEveryCallToTheByteArray) {
     const auto prepare = [](IStorage* root) {
-        AddStream(root, "before"_w, Pattern(30'000, 1));
+        AddStream(root, "before"_w, Pattern(31'000, 1));
         AddStream(root, "small"_w, Pattern(100, 2));
     };
     int failures = 0;
@@ -246,14 +257,14 @@ TEST(WrittenFiles, SurviveAFaultInEveryCallToTheByteArray) {
         ASSERT_EQ(root->Commit(STGC_DEFAULT), S_OK);
         AddStream(root.Get(), "a"_w, Pattern(300'000, 3));  // everything else moves
         const std::map<CStringW, Bytes> expected = {
-            {"before"_w, Pattern(30'000, 1)}, {"small"_w, Pattern(100, 2)}, {"a"_w, Pattern(300'000, 3)}};
+            {"before"_w, Pattern(31'000, 1)}, {"small"_w, Pattern(100, 2)}, {"a"_w, Pattern(300'000, 3)}};
         bytes.failAt = n;
         bytes.calls = 0;
         const HRESULT hr = root->Commit(STGC_DEFAULT);
         const bool reached = bytes.failAt < 0;
         bytes.failAt = -1;
-        EXPECT_EQ(FAILED(hr), reached);
-        failures += reached ? 1 : 0;
+        EXPECT_TRUE(SUCCEEDED(hr) || reached);
+        failures += FAILED(hr) ? 1 : 0;  // a read that is merely ahead of its need is done again
         EXPECT_EQ(Tree(root.Get()), expected);
         EXPECT_EQ(root->Commit(STGC_DEFAULT), S_OK);
         EXPECT_EQ(Tree(root.Get()), expected);

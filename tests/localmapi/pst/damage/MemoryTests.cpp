@@ -46,6 +46,12 @@ void* operator new(std::size_t size) {
 void* operator new[](std::size_t size) {
     return Allocate(size);
 }
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    return Allocate(size);
+}
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
+    return Allocate(size);
+}
 void operator delete(void* block) noexcept {
     Free(block);
 }
@@ -86,7 +92,7 @@ TEST(Memory, OfAnOpenContentsTableIsAtMost64BytesARow) {
     ASSERT_TRUE(folder);
     const pst::ItemList list = folder->Messages();
     ASSERT_EQ(list.Count(), kRows);
-    EXPECT_LE(g_live - before, kCache + 64 * kRows);
+    EXPECT_LE(g_live - before, kCache + std::size_t{64} * kRows);
 }
 
 TEST(Memory, OfReadingLargeContentsIsTheCacheAndLittleMore) {

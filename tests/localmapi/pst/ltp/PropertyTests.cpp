@@ -235,15 +235,16 @@ TEST(ValueList, HoldsTheElementsThatItsOffsetsTell) {
         Bytes bytes;
         std::optional<std::vector<Bytes>> elements;  // none: refused
     };
-    const auto offsets = [](std::vector<std::uint32_t> numbers, std::string_view text) {
+    const auto offsets = [](const std::vector<std::uint32_t>& numbers, std::string_view text) {
         ByteWriter bytes;
         for (const std::uint32_t number : numbers) {
             bytes.U32(number);
         }
         return bytes.Append(BytesOf(text)).Take();
     };
-    const auto texts = [](std::vector<std::string_view> all) {
+    const auto texts = [](const std::vector<std::string_view>& all) {
         std::vector<Bytes> elements;
+        elements.reserve(all.size());
         for (const std::string_view text : all) {
             elements.push_back(BytesOf(text));
         }

@@ -129,9 +129,9 @@ struct RawTable {
         for (std::uint32_t i = 0; i < 10; ++i) {
             index.emplace_back(Number32(IdOfRow(i)), Number32(i));
             rows.insert(rows.end(), 13, std::byte{});
-            Poke(rows, i * 13, IdOfRow(i), 4);
-            Poke(rows, i * 13 + 8, i, 4);
-            rows[i * 13 + 12] = std::byte{0xE0};
+            Poke(rows, std::size_t{i} * 13, IdOfRow(i), 4);
+            Poke(rows, std::size_t{i} * 13 + 8, i, 4);
+            rows[std::size_t{i} * 13 + 12] = std::byte{0xE0};
         }
     }
 

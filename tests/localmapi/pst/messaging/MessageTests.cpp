@@ -18,12 +18,10 @@
 namespace localmapi::testing {
 namespace {
 
-using pst::Attachment;
 using pst::AttachMethod;
 using pst::Message;
 using pst::NamedProperties;
 using pst::NodeId;
-using pst::PropertyName;
 
 constexpr std::uint32_t kMessage = 0x200004;
 constexpr std::uint32_t kMethod = 0x37050003;

@@ -18,8 +18,6 @@ namespace {
 
 using pst::Buffer;
 using pst::BufferCache;
-using pst::NodeEntry;
-using pst::NodeId;
 
 std::shared_ptr<const Buffer> Sized(std::size_t size) {
     auto buffer = std::make_shared<Buffer>();
@@ -28,7 +26,7 @@ std::shared_ptr<const Buffer> Sized(std::size_t size) {
 }
 
 TEST(BufferCache, DropsWhatWasUsedLongestAgo) {
-    BufferCache cache(10 * 1500);
+    BufferCache cache(15'000);
     for (std::uint64_t key = 0; key < 9; ++key) {
         cache.Keep(key, Sized(1000));
     }

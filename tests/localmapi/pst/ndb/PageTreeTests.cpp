@@ -196,7 +196,7 @@ TEST(PageTree, LookedThroughBelievesTheNewestOfSeveralLeaves) {
     const std::size_t at = tree.bytes.size();
     tree.bytes.insert(tree.bytes.end(), old.begin(), old.end());
     for (unsigned i = 0; i < 4; ++i) {
-        Poke(tree.bytes, at + i * 32 + 24, 999, 4);
+        Poke(tree.bytes, at + std::size_t{i} * 32 + 24, 999, 4);
     }
     const std::uint64_t oldId = 0;
     Poke(tree.bytes, at + 504, oldId, 8);

@@ -204,7 +204,7 @@ ImageBuilder::PageRef ImageBuilder::PlaceTree(ByteWriter& file, unsigned type,
     const std::size_t entrySize = entries.empty() ? 1 : entries.begin()->second.size();
     std::vector<std::pair<std::uint64_t, Bytes>> level(entries.begin(), entries.end());
     for (unsigned depth = 0;; ++depth) {
-        const std::size_t size = depth == 0 ? entrySize : std::size_t{3} * m_form.width;
+        const std::size_t size = std::max<std::size_t>(1, depth == 0 ? entrySize : std::size_t{3} * m_form.width);
         const std::size_t most = entriesPerPage != 0 ? entriesPerPage : m_form.pageTail / size;
         std::vector<PageRef> placed;
         for (std::size_t at = 0; at < level.size() || placed.empty(); at += most) {
