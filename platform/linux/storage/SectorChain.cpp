@@ -131,10 +131,12 @@ HRESULT SectorChain::FindFirstRepeat(AllocationTable& table, std::uint64_t loop,
 }
 
 // A loop shows only some way behind the sector that comes twice, which may be behind the last one that is needed. So
-// the walk goes on from there: one step in a sound chain, which ends.
+// the walk goes on from there: one step in a sound chain, which ends. A loop of which a part is needed shows within
+// three times what is needed: once to where it begins, up to twice around until the tortoise waits long enough.
 HRESULT SectorChain::CheckTail(AllocationTable& table) {
     Place place = m_frontier;
-    while (SUCCEEDED(table.Next(place.sector, place.sector)) && table.Holds(place.sector)) {
+    while (place.index < 4 * m_needed && SUCCEEDED(table.Next(place.sector, place.sector))
+           && table.Holds(place.sector)) {
         ++place.index;
         if (const std::uint64_t loop = LoopClosedBy(place); loop != 0) {
             std::uint64_t repeat = 0;
