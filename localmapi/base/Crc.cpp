@@ -1,8 +1,8 @@
-#include "localmapi/pst/ndb/Checksum.h"
+#include "localmapi/base/Crc.h"
 
 #include <array>
 
-namespace localmapi::pst {
+namespace localmapi {
 
 namespace {
 
@@ -44,4 +44,4 @@ std::uint32_t Crc(ByteView bytes, std::uint32_t start) noexcept {
     return value;
 }
 
-}  // namespace localmapi::pst
+}  // namespace localmapi
