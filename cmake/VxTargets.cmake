@@ -69,3 +69,4 @@ function(vx_header_only target folder)
 endfunction()
 
 vx_header_only(vx_nlohmann_json nlohmann)
+vx_header_only(vx_cli11 CLI)

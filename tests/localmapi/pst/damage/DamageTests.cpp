@@ -4,6 +4,7 @@
 #include "tests/localmapi/pst/support/ReadEverything.h"
 #include "tests/localmapi/pst/support/RecordingSink.h"
 #include "tests/localmapi/pst/support/StoreBuilder.h"
+#include "tests/testing/mailbox_builder/Samples.h"
 
 #include <gtest/gtest.h>
 
@@ -92,6 +93,75 @@ TEST(Damage, OfAWholePageOrBlockCostsAtMostWhatItHeld) {
             // A page holds eight entries here, and a stretch of that length the blocks of at most eight messages.
             EXPECT_GE(outcome.found.messages.size(), 41U - 8);
             EXPECT_GT(outcome.reports + outcome.found.errors, 0U);
+        }
+    }
+}
+
+struct Written {
+    const char* name;
+    mailbox_builder::WriterOptions options;
+};
+constexpr auto kEarly = mailbox_builder::FileEnd::Early;
+const Written kWritten[] = {
+    {"Unicode", {.end = kEarly}},
+    {"Unicode, cyclic", {.encryption = mailbox_builder::Encryption::Cyclic, .end = kEarly}},
+    {"ANSI", {.form = mailbox_builder::Form::Ansi, .end = kEarly}},
+    {"4 KiB pages, compressed", {.form = mailbox_builder::Form::LargePages, .end = kEarly}},
+};
+
+// A file as a client lays it out: a row matrix in a node of its own, long values, names, messages in messages.
+Bytes WrittenStore(const mailbox_builder::WriterOptions& options) {
+    mailbox_builder::MailboxBuilder builder(options);
+    const auto folder = builder.AddFolder("Inbox");
+    for (int i = 0; i < 40; ++i) {
+        builder.Add(folder, mailbox_builder::SimpleMessage("message " + std::to_string(i)));
+    }
+    builder.Add(folder, mailbox_builder::NamesAndPages());
+    mailbox_builder::Message outer = mailbox_builder::SimpleMessage("outer");
+    mailbox_builder::Message inner = mailbox_builder::SimpleMessage("inner");
+    inner.attachments.push_back(mailbox_builder::FileAttachment("file", mailbox_builder::Pattern(20'000)));
+    outer.attachments.push_back(mailbox_builder::MessageAttachment(std::move(inner)));
+    outer.attachments.emplace_back().ole = mailbox_builder::Pattern(9000);
+    builder.Add(folder, std::move(outer));
+    return builder.Finish().bytes;
+}
+
+TEST(Damage, OfAByteOfAWrittenFileCostsAtMostOneObjectAndIsNoticed) {
+    for (const Written& written : kWritten) {
+        const Bytes sound = WrittenStore(written.options);
+        const Outcome whole = Read(sound);
+        ASSERT_EQ(whole.found.messages.size(), 42U);
+        ASSERT_EQ(whole.reports + whole.found.errors, 0U);
+        // Where nothing of the file lies, as at its beginning, damage is no damage.
+        for (std::size_t at = 564; at < sound.size(); at += sound[at] == std::byte{} ? 2003 : 151) {
+            SCOPED_TRACE(std::string(written.name) + ", byte " + std::to_string(at));
+            Bytes bytes = sound;
+            bytes[at] ^= static_cast<std::byte>(1U << (at % 8));
+            const Outcome outcome = Read(bytes);
+            ASSERT_TRUE(outcome.opened);
+            EXPECT_GE(outcome.found.messages.size(), 41U);
+            EXPECT_GE(outcome.found.folders.size(), whole.found.folders.size() - 1);
+            const bool isSame = outcome.found.bytes == whole.found.bytes
+                                && outcome.found.messages == whole.found.messages
+                                && outcome.found.attachments == whole.found.attachments;
+            EXPECT_TRUE(isSame || outcome.reports + outcome.found.errors > 0) << "nobody was told";
+        }
+    }
+}
+
+TEST(Damage, ByCuttingAWrittenFileAnywhereGivesNothingThatWasNotThere) {
+    for (const Written& written : kWritten) {
+        const Bytes sound = WrittenStore(written.options);
+        const Outcome whole = Read(sound);
+        for (std::size_t cut = 1; cut < 60; ++cut) {
+            const std::size_t size = sound.size() * cut / 60 + cut;
+            SCOPED_TRACE(std::string(written.name) + ", cut at " + std::to_string(size));
+            const Outcome outcome = Read(Bytes(sound.begin(), sound.begin() + static_cast<std::ptrdiff_t>(size)));
+            ASSERT_TRUE(outcome.opened);
+            EXPECT_GT(outcome.reports, 0U);
+            EXPECT_TRUE(std::includes(whole.found.messages.begin(), whole.found.messages.end(),
+                                      outcome.found.messages.begin(), outcome.found.messages.end()));
+            EXPECT_LE(outcome.found.bytes, whole.found.bytes);
         }
     }
 }

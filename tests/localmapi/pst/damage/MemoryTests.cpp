@@ -1,69 +1,13 @@
-// What an open store costs: bytes a row of an open table, and the cache whatever is read. The program counts what is
-// allocated and not yet freed.
+// What an open store costs: bytes a row of an open table, and the cache whatever is read.
 #include "localmapi/pst/messaging/Store.h"
+#include "testing/CountedMemory.h"
 #include "tests/localmapi/pst/support/ReadEverything.h"
 #include "tests/localmapi/pst/support/StoreBuilder.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <cstdlib>
 #include <memory>
-#include <new>
-
-namespace {
-
-std::size_t g_live = 0;
-std::size_t g_highest = 0;
-
-// The size of a block stands before it.
-constexpr std::size_t kBefore = alignof(std::max_align_t);
-
-void* Allocate(std::size_t size) noexcept {
-    auto* block = static_cast<std::byte*>(std::malloc(size + kBefore));
-    if (block == nullptr) {
-        std::abort();
-    }
-    *reinterpret_cast<std::size_t*>(block) = size;
-    g_live += size;
-    g_highest = g_live > g_highest ? g_live : g_highest;
-    return block + kBefore;
-}
-
-void Free(void* block) noexcept {
-    if (block != nullptr) {
-        std::byte* begin = static_cast<std::byte*>(block) - kBefore;
-        g_live -= *reinterpret_cast<std::size_t*>(begin);
-        std::free(begin);
-    }
-}
-
-}  // namespace
-
-void* operator new(std::size_t size) {
-    return Allocate(size);
-}
-void* operator new[](std::size_t size) {
-    return Allocate(size);
-}
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
-    return Allocate(size);
-}
-void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
-    return Allocate(size);
-}
-void operator delete(void* block) noexcept {
-    Free(block);
-}
-void operator delete[](void* block) noexcept {
-    Free(block);
-}
-void operator delete(void* block, std::size_t) noexcept {
-    Free(block);
-}
-void operator delete[](void* block, std::size_t) noexcept {
-    Free(block);
-}
 
 namespace localmapi::testing {
 namespace {
@@ -87,12 +31,12 @@ TEST(Memory, OfAnOpenContentsTableIsAtMost64BytesARow) {
     const Bytes bytes = builder.Build();
     auto store = Open(bytes);
     ASSERT_TRUE(store);
-    const std::size_t before = g_live;
+    const std::size_t before = counted_memory::Live();
     auto folder = (*store)->OpenFolder(pst::NodeId{0x8062});
     ASSERT_TRUE(folder);
     const pst::ItemList list = folder->Messages();
     ASSERT_EQ(list.Count(), kRows);
-    EXPECT_LE(g_live - before, kCache + std::size_t{64} * kRows);
+    EXPECT_LE(counted_memory::Live() - before, kCache + std::size_t{64} * kRows);
 }
 
 TEST(Memory, OfReadingLargeContentsIsTheCacheAndLittleMore) {
@@ -104,8 +48,8 @@ TEST(Memory, OfReadingLargeContentsIsTheCacheAndLittleMore) {
     const Bytes bytes = builder.Build();
     auto store = Open(bytes);
     ASSERT_TRUE(store);
-    const std::size_t before = g_live;
-    g_highest = g_live;
+    const std::size_t before = counted_memory::Live();
+    counted_memory::ResetHighest();
     auto message = (*store)->OpenMessage(pst::NodeId{0x200004});
     ASSERT_TRUE(message);
     auto held = message->OpenAttachment(message->Attachments()[0]);
@@ -123,7 +67,7 @@ TEST(Memory, OfReadingLargeContentsIsTheCacheAndLittleMore) {
         at += *got;
     }
     EXPECT_EQ(at, 12'000'000U);
-    EXPECT_LE(g_highest - before, kCache + (200 << 10));
+    EXPECT_LE(counted_memory::Highest() - before, kCache + (200 << 10));
 }
 
 }  // namespace
