@@ -21,4 +21,7 @@ void Sleep(DWORD milliseconds) noexcept;
 // The window that a dialog of this thread would belong to. Linux: there is none, always null.
 [[nodiscard]] HWND GetActiveWindow() noexcept;
 
+// The window that the user works with, of whatever process. Linux: there is none, always null.
+[[nodiscard]] HWND GetForegroundWindow() noexcept;
+
 #endif

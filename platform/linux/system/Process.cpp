@@ -33,3 +33,7 @@ ULONGLONG GetTickCount64() noexcept {
 HWND GetActiveWindow() noexcept {
     return nullptr;
 }
+
+HWND GetForegroundWindow() noexcept {
+    return nullptr;
+}
