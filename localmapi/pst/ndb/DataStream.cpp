@@ -1,6 +1,7 @@
 #include "localmapi/pst/ndb/DataStream.h"
 
 #include <algorithm>
+#include <iterator>
 #include <string>
 #include <utility>
 
@@ -37,8 +38,7 @@ Result<DataStream> DataStream::Open(BlockReader& blocks, BlockId root, NodeId ow
     }
     VX_TRY_ASSIGN(const BlockEntry entry, blocks.Find(root, owner));
     stream.m_branches.push_back(Branch{BlockId{}, 0, entry.size, 0, 1});
-    stream.m_leaves.push_back(Leaf{entry, 0, entry.size});
-    stream.m_loaded = 0;
+    stream.m_loaded.push_back(Loaded{0, {Leaf{entry, 0, entry.size}}});
     stream.m_size = entry.size;
     stream.m_blockCount = 1;
     return stream;
@@ -50,8 +50,8 @@ Status DataStream::OpenBranches(BlockId root) {
     if (level == 1) {
         VX_TRY(AddBranch(root));
         // The sizes of the leaves are at hand, so the exact total is too.
-        VX_TRY(LoadLeaves(0));
-        m_size = m_leaves.empty() ? 0 : m_leaves.back().start + m_leaves.back().size;
+        VX_TRY_ASSIGN(const Loaded* loaded, LoadLeaves(0));
+        m_size = loaded->leaves.empty() ? 0 : loaded->leaves.back().start + loaded->leaves.back().size;
         if (m_size != m_branches.front().size) {
             m_blocks->Problems().Report(Name(m_owner) + ": " + Name(root) + " claims "
                                         + std::to_string(m_branches.front().size) + " bytes and leads to "
@@ -114,15 +114,17 @@ BlockId DataStream::IdAt(const Buffer& ids, std::uint32_t index) const noexcept 
     return BlockId::FromDisk(ByteView(ids.bytes).Number(kIdsAt + std::uint64_t{index} * width, width));
 }
 
-Status DataStream::LoadLeaves(std::size_t branch) {
-    if (m_loaded == branch) {
-        return {};
+Result<const DataStream::Loaded*> DataStream::LoadLeaves(std::size_t branch) {
+    const auto known =
+        std::find_if(m_loaded.begin(), m_loaded.end(), [branch](const Loaded& one) { return one.branch == branch; });
+    if (known != m_loaded.end()) {
+        std::rotate(known, std::next(known), m_loaded.end());
+        return &m_loaded.back();
     }
     const Branch& wanted = m_branches[branch];
     VX_TRY_ASSIGN(const BufferHold ids, ReadIds(wanted.id, 1));
-    m_loaded = kNoBranch;
-    m_leaves.clear();
-    m_leaves.reserve(wanted.leafCount);
+    Loaded loaded{branch, {}};
+    loaded.leaves.reserve(wanted.leafCount);
     std::uint64_t start = wanted.start;
     for (std::uint32_t i = 0; i < wanted.leafCount; ++i) {
         const BlockId id = IdAt(*ids, i);
@@ -138,10 +140,13 @@ Status DataStream::LoadLeaves(std::size_t branch) {
             leaf.size = std::min<std::uint64_t>(left, m_blocks->Form().FullBlock());
         }
         start += leaf.size;
-        m_leaves.push_back(leaf);
+        loaded.leaves.push_back(leaf);
     }
-    m_loaded = branch;
-    return {};
+    if (m_loaded.size() == kMostLoaded) {
+        m_loaded.erase(m_loaded.begin());
+    }
+    m_loaded.push_back(std::move(loaded));
+    return &m_loaded.back();
 }
 
 Result<BufferHold> DataStream::ReadLeaf(const Leaf& leaf) const {
@@ -159,35 +164,37 @@ Result<BufferHold> DataStream::ReadBlock(std::uint32_t index) {
                                              + std::to_string(m_blockCount)};
     }
     const auto branch = static_cast<std::size_t>(after - m_branches.begin()) - 1;
-    VX_TRY(LoadLeaves(branch));
-    return ReadLeaf(m_leaves[index - m_branches[branch].firstLeaf]);
+    VX_TRY_ASSIGN(const Loaded* loaded, LoadLeaves(branch));
+    return ReadLeaf(loaded->leaves[index - m_branches[branch].firstLeaf]);
 }
 
 Result<std::size_t> DataStream::ReadAt(std::uint64_t offset, std::span<std::byte> out) {
     std::size_t done = 0;
     while (done < out.size() && offset + done < m_size) {
         const std::uint64_t at = offset + done;
-        const auto branch = std::upper_bound(m_branches.begin(), m_branches.end(), at,
-                                             [](std::uint64_t place, const Branch& one) { return place < one.start; });
-        VX_TRY(LoadLeaves(static_cast<std::size_t>(branch - m_branches.begin()) - 1));
-        const auto leaf = std::upper_bound(m_leaves.begin(), m_leaves.end(), at,
+        const auto after = std::upper_bound(m_branches.begin(), m_branches.end(), at,
+                                            [](std::uint64_t place, const Branch& one) { return place < one.start; });
+        const std::size_t branch = static_cast<std::size_t>(after - m_branches.begin()) - 1;
+        VX_TRY_ASSIGN(const Loaded* loaded, LoadLeaves(branch));
+        const auto leaf = std::upper_bound(loaded->leaves.begin(), loaded->leaves.end(), at,
                                            [](std::uint64_t place, const Leaf& one) { return place < one.start; });
-        if (leaf == m_leaves.begin()) {
+        if (leaf == loaded->leaves.begin()) {
             return Error{ErrorCode::Corrupt, Name(m_owner) + ": the data at " + Hex(at) + " is lost"};
         }
-        VX_TRY_ASSIGN(const std::size_t got, ReadWithin(*std::prev(leaf), at, out.subspan(done)));
+        VX_TRY_ASSIGN(const std::size_t got, ReadWithin(branch, *std::prev(leaf), at, out.subspan(done)));
         done += got;
     }
     return done;
 }
 
 // At least one byte, since the caller asks for bytes that the stream is to have.
-Result<std::size_t> DataStream::ReadWithin(const Leaf& leaf, std::uint64_t offset, std::span<std::byte> out) const {
+Result<std::size_t> DataStream::ReadWithin(std::size_t branch, const Leaf& leaf, std::uint64_t offset,
+                                           std::span<std::byte> out) const {
     VX_TRY_ASSIGN(const BufferHold block, ReadLeaf(leaf));
     const std::uint64_t within = offset - leaf.start;
     std::uint64_t most = m_size - offset;
-    if (m_loaded + 1 < m_branches.size()) {
-        most = std::min(most, m_branches[m_loaded + 1].start - offset);
+    if (branch + 1 < m_branches.size()) {
+        most = std::min(most, m_branches[branch + 1].start - offset);
     }
     const ByteView part = ByteView(block->bytes).Part(within, most);
     if (part.IsEmpty()) {

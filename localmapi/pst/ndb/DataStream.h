@@ -6,7 +6,6 @@
 #include "localmapi/pst/ndb/BlockReader.h"
 
 #include <cstdint>
-#include <limits>
 #include <span>
 #include <vector>
 
@@ -47,16 +46,24 @@ private:
         std::uint64_t start;  // in the stream
         std::uint64_t size;
     };
-    static constexpr std::size_t kNoBranch = std::numeric_limits<std::size_t>::max();
+    // The leaves of a branch, 40 bytes each and at most 2,043.
+    struct Loaded {
+        std::size_t branch;
+        std::vector<Leaf> leaves;
+    };
+    // So many branches stay loaded: tables are read out of order, and finding the leaves of a branch takes a search for
+    // each of them.
+    static constexpr std::size_t kMostLoaded = 8;
 
     Status OpenBranches(BlockId root);
     Status AddBranch(BlockId id);
     Status CheckSize(BlockId root) const;
     Result<BufferHold> ReadIds(BlockId id, unsigned level) const;
     BlockId IdAt(const Buffer& ids, std::uint32_t index) const noexcept;
-    Status LoadLeaves(std::size_t branch);
+    Result<const Loaded*> LoadLeaves(std::size_t branch);
     Result<BufferHold> ReadLeaf(const Leaf& leaf) const;
-    Result<std::size_t> ReadWithin(const Leaf& leaf, std::uint64_t offset, std::span<std::byte> out) const;
+    Result<std::size_t> ReadWithin(std::size_t branch, const Leaf& leaf, std::uint64_t offset,
+                                   std::span<std::byte> out) const;
     Error Broken(BlockId id, const char* reason) const;
 
     BlockReader* m_blocks = nullptr;
@@ -64,8 +71,7 @@ private:
     std::uint64_t m_size = 0;
     std::uint32_t m_blockCount = 0;
     std::vector<Branch> m_branches;
-    std::size_t m_loaded = kNoBranch;  // the branch whose leaves are in m_leaves
-    std::vector<Leaf> m_leaves;
+    std::vector<Loaded> m_loaded;  // the one used last at the end
 };
 
 }  // namespace localmapi::pst
