@@ -1,6 +1,6 @@
-// A mailbox in which everything occurs: folders of every class, items of every type, attachments of every method, bodies
-// of every form, a dozen scripts. A few hundred items of the years 2024 to 2026, equal from run to run, with people and
-// places that do not exist. One thread at a time.
+// A mailbox in which everything occurs: folders of every class, items of every type, attachments of every method,
+// bodies of every form, a dozen scripts. A few hundred items of the years 2024 to 2026, equal from run to run, with
+// people and places that do not exist. One thread at a time.
 //
 // Tests look up what they expect in the description that the file was written from.
 #pragma once

@@ -64,8 +64,8 @@ public:
     }
     HRESULT STDMETHODCALLTYPE CreateProvider(LPTSTR name, ULONG count, LPSPropValue properties, ULONG_PTR window,
                                              ULONG flags, MAPIUID* uid) override {
-        if (const auto answer = Enter("IProviderAdmin::CreateProvider", AnsiText(name),
-                                      ValuesText(count, properties), window, Hex8(flags))) {
+        if (const auto answer = Enter("IProviderAdmin::CreateProvider", AnsiText(name), ValuesText(count, properties),
+                                      window, Hex8(flags))) {
             return *answer;
         }
         auto provider = std::make_shared<ProviderModel>();
@@ -73,9 +73,10 @@ public:
             provider->section.Set(CopyOf(properties[i]));
         }
         *uid = m_context->NewUid();
-        provider->row = {Binary(PR_PROVIDER_UID, BytesOf(*uid)),
-                         WideText(PR_DISPLAY_NAME_W, std::get<CStringW>(provider->section.Read(PR_DISPLAY_NAME_W).data)),
-                         Number(PR_RESOURCE_TYPE, MAPI_STORE_PROVIDER)};
+        provider->row = {
+            Binary(PR_PROVIDER_UID, BytesOf(*uid)),
+            WideText(PR_DISPLAY_NAME_W, std::get<CStringW>(provider->section.Read(PR_DISPLAY_NAME_W).data)),
+            Number(PR_RESOURCE_TYPE, MAPI_STORE_PROVIDER)};
         m_service->providers.push_back(provider);
         return S_OK;
     }
@@ -90,10 +91,9 @@ public:
         m_service->providers.erase(found);
         return S_OK;
     }
-    HRESULT STDMETHODCALLTYPE OpenProfileSection(LPMAPIUID uid, LPCIID iid, ULONG flags,
-                                                 LPPROFSECT* section) override {
-        if (const auto answer = Enter("IProviderAdmin::OpenProfileSection", UidText(uid), InterfaceName(iid),
-                                      Hex8(flags))) {
+    HRESULT STDMETHODCALLTYPE OpenProfileSection(LPMAPIUID uid, LPCIID iid, ULONG flags, LPPROFSECT* section) override {
+        if (const auto answer =
+                Enter("IProviderAdmin::OpenProfileSection", UidText(uid), InterfaceName(iid), Hex8(flags))) {
             return *answer;
         }
         return OpenSection(m_context, m_profile, uid, section);
@@ -132,9 +132,9 @@ public:
     HRESULT STDMETHODCALLTYPE ConfigureMsgService(LPMAPIUID uid, ULONG_PTR window, ULONG flags, ULONG count,
                                                   LPSPropValue properties) override {
         // The window is the host's, so only whether there is one is told.
-        if (const auto answer = Enter("IMsgServiceAdmin::ConfigureMsgService", UidText(uid),
-                                      window == 0 ? "no window" : "window", Hex8(flags),
-                                      ValuesText(count, properties))) {
+        if (const auto answer =
+                Enter("IMsgServiceAdmin::ConfigureMsgService", UidText(uid), window == 0 ? "no window" : "window",
+                      Hex8(flags), ValuesText(count, properties))) {
             return *answer;
         }
         const auto found = FindByUid(m_profile->services, PR_SERVICE_UID, uid);

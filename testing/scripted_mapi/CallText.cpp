@@ -19,9 +19,9 @@ std::string Joined(const List& list, Describe describe) {
 }
 
 std::string ListText(const char* name, ULONG count, const SRestriction* children) {
-    return name + ("(" + Joined(std::span(children, count), [](const SRestriction& one) {
-                       return RestrictionText(&one);
-                   })) + ")";
+    return name
+           + ("(" + Joined(std::span(children, count), [](const SRestriction& one) { return RestrictionText(&one); }))
+           + ")";
 }
 
 struct DataText {
@@ -33,9 +33,7 @@ struct DataText {
     }
     std::string operator()(LONGLONG number) const { return std::to_string(number); }
     std::string operator()(double number) const { return std::to_string(number); }
-    std::string operator()(const GUID& guid) const {
-        return Hex({reinterpret_cast<const BYTE*>(&guid), sizeof(guid)});
-    }
+    std::string operator()(const GUID& guid) const { return Hex({reinterpret_cast<const BYTE*>(&guid), sizeof(guid)}); }
     std::string operator()(const std::string& text) const { return text; }
     std::string operator()(const CStringW& text) const { return Ascii(text); }
     std::string operator()(const Bytes& bytes) const { return Hex(bytes); }
@@ -76,8 +74,8 @@ std::string InterfaceName(const IID* iid) {
         const IID& iid;
         const char* name;
     } known[] = {
-        {IID_IMAPIFolder, "IMAPIFolder"}, {IID_IMessage, "IMessage"},   {IID_IABContainer, "IABContainer"},
-        {IID_IMailUser, "IMailUser"},     {IID_IStream, "IStream"},     {IID_IStorage, "IStorage"},
+        {IID_IMAPIFolder, "IMAPIFolder"}, {IID_IMessage, "IMessage"},     {IID_IABContainer, "IABContainer"},
+        {IID_IMailUser, "IMailUser"},     {IID_IStream, "IStream"},       {IID_IStorage, "IStorage"},
         {IID_IMsgStore, "IMsgStore"},     {IID_IMAPITable, "IMAPITable"},
     };
     for (const auto& row : known) {
@@ -125,9 +123,12 @@ std::string SortText(const SSortOrderSet* order) {
     if (order == nullptr) {
         return "null";
     }
-    return "[" + Joined(std::span(&order->aSort[0], order->cSorts), [](const SSortOrder& one) {
-               return (one.ulOrder == TABLE_SORT_DESCEND ? "-" : "+") + Hex8(one.ulPropTag);
-           }) + "]";
+    return "["
+           + Joined(std::span(&order->aSort[0], order->cSorts),
+                    [](const SSortOrder& one) {
+                        return (one.ulOrder == TABLE_SORT_DESCEND ? "-" : "+") + Hex8(one.ulPropTag);
+                    })
+           + "]";
 }
 
 std::string CallerText(const void* text, bool isWide) {

@@ -54,8 +54,7 @@ template <typename Sequence>
 bool Contains(const Sequence& held, const Sequence& wanted, ULONG level) {
     switch (level & 0xFFFF) {
         case FL_FULLSTRING: return held == wanted;
-        case FL_PREFIX:
-            return held.size() >= wanted.size() && std::equal(wanted.begin(), wanted.end(), held.begin());
+        case FL_PREFIX: return held.size() >= wanted.size() && std::equal(wanted.begin(), wanted.end(), held.begin());
         default: return std::search(held.begin(), held.end(), wanted.begin(), wanted.end()) != held.end();
     }
 }

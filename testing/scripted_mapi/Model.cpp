@@ -78,8 +78,7 @@ std::shared_ptr<StoreModel> AddStore(ProfileModel& profile, std::string_view nam
     store->row = {Flag(PR_DEFAULT_STORE, profile.stores.empty()), Text(PR_DISPLAY_NAME_W, name), Binary(PR_ENTRYID, id),
                   Binary(PR_MDB_PROVIDER, Bytes(std::begin(provider.ab), std::end(provider.ab))),
                   Binary(PR_RECORD_KEY, id)};
-    store->properties = {Text(PR_DISPLAY_NAME_W, name), Binary(PR_ENTRYID, id),
-                         Binary(PR_IPM_SUBTREE_ENTRYID, rootId)};
+    store->properties = {Text(PR_DISPLAY_NAME_W, name), Binary(PR_ENTRYID, id), Binary(PR_IPM_SUBTREE_ENTRYID, rootId)};
     store->root->properties = {Text(PR_DISPLAY_NAME_W, "Top"), Binary(PR_ENTRYID, rootId),
                                Binary(PR_PARENT_ENTRYID, rootId), Flag(PR_SUBFOLDERS, false)};
     profile.stores.push_back(store);
@@ -90,8 +89,7 @@ std::shared_ptr<FolderModel> AddFolder(FolderModel& parent, std::string_view nam
                                        Bytes id) {
     auto folder = std::make_shared<FolderModel>();
     folder->properties = {Text(PR_DISPLAY_NAME_W, name), Binary(PR_ENTRYID, std::move(id)),
-                          Binary(PR_PARENT_ENTRYID, parent.properties.BytesOf(PR_ENTRYID)),
-                          Flag(PR_SUBFOLDERS, false)};
+                          Binary(PR_PARENT_ENTRYID, parent.properties.BytesOf(PR_ENTRYID)), Flag(PR_SUBFOLDERS, false)};
     if (!containerClass.empty()) {
         folder->properties.Set(Text(PR_CONTAINER_CLASS_W, containerClass));
     }

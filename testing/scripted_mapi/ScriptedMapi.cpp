@@ -177,8 +177,8 @@ HRESULT STDAPICALLTYPE HrSetOneProp(LPMAPIPROP object, LPSPropValue property) {
 
 HRESULT STDAPICALLTYPE HrQueryAllRows(LPMAPITABLE table, LPSPropTagArray columns, LPSRestriction restriction,
                                       LPSSortOrderSet order, LONG maximum, LPSRowSet* rows) {
-    if (const auto answer = Enter("HrQueryAllRows", TagsText(columns), RestrictionText(restriction), SortText(order),
-                                  maximum)) {
+    if (const auto answer =
+            Enter("HrQueryAllRows", TagsText(columns), RestrictionText(restriction), SortText(order), maximum)) {
         return *answer;
     }
     auto* scripted = dynamic_cast<Table*>(table);
@@ -201,8 +201,7 @@ HRESULT STDAPICALLTYPE WrapCompressedRTFStream(IStream* compressed, ULONG flags,
             break;
         }
     }
-    *uncompressed =
-        static_cast<IStream*>(NewStream(g_mapi->GetContext(), g_mapi->uncompressRtf(std::move(bytes))));
+    *uncompressed = static_cast<IStream*>(NewStream(g_mapi->GetContext(), g_mapi->uncompressRtf(std::move(bytes))));
     return S_OK;
 }
 
@@ -220,8 +219,7 @@ void STDAPICALLTYPE CloseIMsgSession(LPMSGSESS) {
 
 SCODE STDAPICALLTYPE OpenIMsgOnIStg(LPMSGSESS session, LPALLOCATEBUFFER, LPALLOCATEMORE, LPFREEBUFFER, LPMALLOC, LPVOID,
                                     IStorage* storage, MSGCALLRELEASE*, ULONG, ULONG flags, LPMESSAGE* message) {
-    if (const auto answer =
-            Enter("OpenIMsgOnIStg", session != nullptr ? "session" : "no session", Hex8(flags))) {
+    if (const auto answer = Enter("OpenIMsgOnIStg", session != nullptr ? "session" : "no session", Hex8(flags))) {
         return *answer;
     }
     return g_mapi->openMessageOnStorage ? g_mapi->openMessageOnStorage(storage, flags, message) : E_NOTIMPL;

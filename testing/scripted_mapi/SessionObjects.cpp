@@ -72,8 +72,7 @@ public:
     }
     HRESULT STDMETHODCALLTYPE OpenEntry(ULONG size, LPENTRYID entryId, LPCIID iid, ULONG flags, ULONG* objectType,
                                         LPUNKNOWN* object) override {
-        if (const auto answer =
-                EnterMethod("OpenEntry", EntryIdText(size, entryId), InterfaceName(iid), Hex8(flags))) {
+        if (const auto answer = EnterMethod("OpenEntry", EntryIdText(size, entryId), InterfaceName(iid), Hex8(flags))) {
             return *answer;
         }
         return OpenMailUser(GetContext(), m_profile, IdBytes(size, entryId), objectType, object);
@@ -91,8 +90,7 @@ public:
 
     HRESULT STDMETHODCALLTYPE OpenEntry(ULONG size, LPENTRYID entryId, LPCIID iid, ULONG flags, ULONG* objectType,
                                         LPUNKNOWN* object) override {
-        if (const auto answer =
-                EnterMethod("OpenEntry", EntryIdText(size, entryId), InterfaceName(iid), Hex8(flags))) {
+        if (const auto answer = EnterMethod("OpenEntry", EntryIdText(size, entryId), InterfaceName(iid), Hex8(flags))) {
             return *answer;
         }
         const Bytes id = IdBytes(size, entryId);
@@ -155,15 +153,13 @@ public:
         return MAPI_E_NOT_FOUND;
     }
     HRESULT STDMETHODCALLTYPE OpenAddressBook(ULONG_PTR window, LPCIID iid, ULONG flags, LPADRBOOK* book) override {
-        if (const auto answer =
-                Enter("IMAPISession::OpenAddressBook", window, InterfaceName(iid), Hex8(flags))) {
+        if (const auto answer = Enter("IMAPISession::OpenAddressBook", window, InterfaceName(iid), Hex8(flags))) {
             return *answer;
         }
         *book = new AddrBook(m_context, m_profile);
         return S_OK;
     }
-    HRESULT STDMETHODCALLTYPE OpenProfileSection(LPMAPIUID uid, LPCIID iid, ULONG flags,
-                                                 LPPROFSECT* section) override {
+    HRESULT STDMETHODCALLTYPE OpenProfileSection(LPMAPIUID uid, LPCIID iid, ULONG flags, LPPROFSECT* section) override {
         if (const auto answer =
                 Enter("IMAPISession::OpenProfileSection", UidText(uid), InterfaceName(iid), Hex8(flags))) {
             return *answer;
@@ -172,8 +168,8 @@ public:
     }
     HRESULT STDMETHODCALLTYPE OpenEntry(ULONG size, LPENTRYID entryId, LPCIID iid, ULONG flags, ULONG* objectType,
                                         LPUNKNOWN* object) override {
-        if (const auto answer = Enter("IMAPISession::OpenEntry", EntryIdText(size, entryId), InterfaceName(iid),
-                                      Hex8(flags))) {
+        if (const auto answer =
+                Enter("IMAPISession::OpenEntry", EntryIdText(size, entryId), InterfaceName(iid), Hex8(flags))) {
             return *answer;
         }
         const Bytes id = IdBytes(size, entryId);

@@ -146,8 +146,7 @@ public:
     }
     HRESULT STDMETHODCALLTYPE OpenEntry(ULONG size, LPENTRYID entryId, LPCIID iid, ULONG flags, ULONG* objectType,
                                         LPUNKNOWN* object) override {
-        if (const auto answer =
-                EnterMethod("OpenEntry", EntryIdText(size, entryId), InterfaceName(iid), Hex8(flags))) {
+        if (const auto answer = EnterMethod("OpenEntry", EntryIdText(size, entryId), InterfaceName(iid), Hex8(flags))) {
             return *answer;
         }
         return OpenStoreEntry(GetContext(), m_store, size, entryId, iid, objectType, object);
@@ -207,16 +206,15 @@ public:
     }
     HRESULT STDMETHODCALLTYPE OpenEntry(ULONG size, LPENTRYID entryId, LPCIID iid, ULONG flags, ULONG* objectType,
                                         LPUNKNOWN* object) override {
-        if (const auto answer =
-                EnterMethod("OpenEntry", EntryIdText(size, entryId), InterfaceName(iid), Hex8(flags))) {
+        if (const auto answer = EnterMethod("OpenEntry", EntryIdText(size, entryId), InterfaceName(iid), Hex8(flags))) {
             return *answer;
         }
         return OpenStoreEntry(GetContext(), m_model, size, entryId, iid, objectType, object);
     }
     HRESULT STDMETHODCALLTYPE GetReceiveFolder(LPTSTR messageClass, ULONG flags, ULONG* size, LPENTRYID* entryId,
                                                LPTSTR*) override {
-        if (const auto answer = EnterMethod(
-                "GetReceiveFolder", CallerText(messageClass, (flags & MAPI_UNICODE) != 0), Hex8(flags))) {
+        if (const auto answer =
+                EnterMethod("GetReceiveFolder", CallerText(messageClass, (flags & MAPI_UNICODE) != 0), Hex8(flags))) {
             return *answer;
         }
         const Bytes& id = m_model->receiveFolder;

@@ -117,8 +117,7 @@ HRESULT Table::QueryPosition(ULONG* row, ULONG* numerator, ULONG* denominator) {
 }
 
 HRESULT Table::FindRow(LPSRestriction restriction, BOOKMARK origin, ULONG flags) {
-    if (const auto answer =
-            Enter("IMAPITable::FindRow", RestrictionText(restriction), origin, Hex8(flags))) {
+    if (const auto answer = Enter("IMAPITable::FindRow", RestrictionText(restriction), origin, Hex8(flags))) {
         return *answer;
     }
     std::size_t from = 0;

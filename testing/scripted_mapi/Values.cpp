@@ -201,6 +201,11 @@ Value StreamOnly(Value value) {
     return value;
 }
 
+Value AsItIs(Value value) {
+    value.asItIs = true;
+    return value;
+}
+
 Bag::Bag(std::initializer_list<Value> values) {
     for (const Value& value : values) {
         Set(value);
@@ -233,7 +238,7 @@ Value Bag::Read(ULONG tag) const {
     }
     const ULONG stored = PROP_TYPE(found->tag);
     const ULONG asked = PROP_TYPE(tag);
-    if (stored == PT_ERROR) {
+    if (stored == PT_ERROR || found->asItIs) {
         return *found;
     }
     if (found->streamOnly) {

@@ -23,6 +23,7 @@ struct Value {
                  std::vector<LONGLONG>, std::vector<std::string>, std::vector<CStringW>, std::vector<Bytes>>
         data;
     bool streamOnly = false;  // too large for GetProps, which answers MAPI_E_NOT_ENOUGH_MEMORY for it
+    bool asItIs = false;      // given whatever type is asked for, as by a provider that is not to be trusted
 };
 
 // ASCII to UTF-16 and back; what is not ASCII becomes '?'.
@@ -45,6 +46,7 @@ Value Identifier(ULONG tag, const GUID& value);
 Value Failing(ULONG tag, SCODE error);
 Value Failing(ULONG tag);
 Value StreamOnly(Value value);
+Value AsItIs(Value value);
 
 // Properties of one object, one for each id.
 class Bag {

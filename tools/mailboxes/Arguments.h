@@ -6,22 +6,23 @@
 #include <CLI/CLI.hpp>
 
 #include <filesystem>
-#include <map>
 #include <string>
 
 // What is written, and how.
 struct OutputArguments {
     std::string file;  // UTF-8
-    mailbox_builder::Form form = mailbox_builder::Form::Unicode;
+    std::string form = "unicode";
 
     void AddTo(CLI::App& program) {
-        using mailbox_builder::Form;
-        static const std::map<std::string, Form> kForms = {
-            {"unicode", Form::Unicode}, {"ansi", Form::Ansi}, {"large-pages", Form::LargePages}};
         program.add_option("file", file, "The mailbox file to write; an existing one is replaced")->required();
-        program.add_option("--form", form, "unicode (the default), ansi or large-pages")
-            ->transform(CLI::CheckedTransformer(kForms, CLI::ignore_case).description("FORM"));
+        program.add_option("--form", form, "The form of the file (unicode)")
+            ->check(CLI::IsMember({"unicode", "ansi", "large-pages"}));
     }
 
     std::filesystem::path Path() const { return std::filesystem::path(std::u8string(file.begin(), file.end())); }
+
+    mailbox_builder::Form Form() const {
+        using enum mailbox_builder::Form;
+        return form == "ansi" ? Ansi : form == "large-pages" ? LargePages : Unicode;
+    }
 };

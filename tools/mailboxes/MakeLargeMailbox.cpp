@@ -10,7 +10,7 @@ int main(int argc, char** argv) {
     OutputArguments output;
     CLI::App program("Writes a mailbox file of many items, the same for the same arguments.");
     output.AddTo(program);
-    program.add_option("--items", options.items, "How many items")->required()->check(CLI::PositiveNumber);
+    program.add_option("--items", options.items, "How many items")->required()->check(CLI::Range(1u, 1'000'000'000u));
     program.add_option("--size", options.bytes, "Bytes of the file, with K, M or G for 1024 and its powers")
         ->required()
         ->transform(CLI::AsSizeValue(false));
@@ -19,7 +19,7 @@ int main(int argc, char** argv) {
         ->check(CLI::Range(0.0, 1.0));
     program.add_option("--seed", options.seed, "Another number gives another mailbox (1)");
     CLI11_PARSE(program, argc, argv);
-    options.writer.form = output.form;
+    options.writer.form = output.Form();
 
     const auto begin = std::chrono::steady_clock::now();
     const auto written = mailbox_builder::WriteLargeMailbox(output.Path(), options);

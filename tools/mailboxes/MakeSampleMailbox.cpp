@@ -11,7 +11,7 @@ int main(int argc, char** argv) {
     CLI11_PARSE(program, argc, argv);
 
     mailbox_builder::WriterOptions options;
-    options.form = output.form;
+    options.form = output.Form();
     if (const auto written = mailbox_builder::WriteSampleMailbox(output.Path(), options); !written) {
         std::fprintf(stderr, "%s could not be written: %s\n", output.file.c_str(), written.Failure().text.c_str());
         return 1;

@@ -1,9 +1,10 @@
 #include "testing/mailbox_builder/items/CompoundFile.h"
 
-#include "platform/GlobalMemory.h"
 #include "platform/Storage.h"
 
 #include <memory>
+#include <span>
+#include <utility>
 
 namespace mailbox_builder {
 namespace {
@@ -13,6 +14,65 @@ struct Releasing {
 };
 template <class Interface>
 using Held = std::unique_ptr<Interface, Releasing>;
+
+// The bytes of the file. What a file leaves out, the rest of a sector for example, is zero here; in a block of the
+// system's it would be whatever was there before, and equal descriptions would give different files. Lives as long as
+// its owner says, whatever the count.
+class ZeroedBytes final : public ILockBytes {
+public:
+    Bytes Take() { return std::move(m_bytes); }
+
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
+        if (!IsEqualGUID(iid, IID_IUnknown) && !IsEqualGUID(iid, IID_ILockBytes)) {
+            *object = nullptr;
+            return E_NOINTERFACE;
+        }
+        *object = static_cast<ILockBytes*>(this);
+        return S_OK;
+    }
+    ULONG STDMETHODCALLTYPE AddRef() override { return 2; }
+    ULONG STDMETHODCALLTYPE Release() override { return 1; }
+
+    HRESULT STDMETHODCALLTYPE ReadAt(ULARGE_INTEGER offset, void* out, ULONG count, ULONG* got) override {
+        const auto part = localmapi::ByteView(m_bytes).Part(offset.QuadPart, count);
+        const std::size_t copied = localmapi::CopyInto({static_cast<std::byte*>(out), count}, part);
+        if (got != nullptr) {
+            *got = static_cast<ULONG>(copied);
+        }
+        return S_OK;
+    }
+    HRESULT STDMETHODCALLTYPE WriteAt(ULARGE_INTEGER offset, const void* bytes, ULONG count, ULONG* put) override {
+        const auto begin = static_cast<std::size_t>(offset.QuadPart);
+        if (m_bytes.size() < begin + count) {
+            m_bytes.resize(begin + count);
+        }
+        localmapi::CopyInto(std::span(m_bytes).subspan(begin), {static_cast<const std::byte*>(bytes), count});
+        if (put != nullptr) {
+            *put = count;
+        }
+        return S_OK;
+    }
+    HRESULT STDMETHODCALLTYPE Flush() override { return S_OK; }
+    HRESULT STDMETHODCALLTYPE SetSize(ULARGE_INTEGER size) override {
+        m_bytes.resize(static_cast<std::size_t>(size.QuadPart));
+        return S_OK;
+    }
+    HRESULT STDMETHODCALLTYPE LockRegion(ULARGE_INTEGER, ULARGE_INTEGER, DWORD) override {
+        return STG_E_INVALIDFUNCTION;
+    }
+    HRESULT STDMETHODCALLTYPE UnlockRegion(ULARGE_INTEGER, ULARGE_INTEGER, DWORD) override {
+        return STG_E_INVALIDFUNCTION;
+    }
+    HRESULT STDMETHODCALLTYPE Stat(STATSTG* facts, DWORD) override {
+        *facts = {};
+        facts->type = STGTY_LOCKBYTES;
+        facts->cbSize.QuadPart = m_bytes.size();
+        return S_OK;
+    }
+
+private:
+    Bytes m_bytes;
+};
 
 constexpr DWORD kMode = STGM_CREATE | STGM_READWRITE | STGM_SHARE_EXCLUSIVE;
 
@@ -51,37 +111,18 @@ bool Fill(IStorage& storage, const CompoundStorage& description) {
     return true;
 }
 
-Bytes ContentOf(ILockBytes& array) {
-    STATSTG facts{};
-    if (FAILED(array.Stat(&facts, STATFLAG_NONAME))) {
-        return {};
-    }
-    Bytes bytes(static_cast<std::size_t>(facts.cbSize.QuadPart));
-    ULONG got = 0;
-    if (FAILED(array.ReadAt(ULARGE_INTEGER{}, bytes.data(), static_cast<ULONG>(bytes.size()), &got))) {
-        return {};
-    }
-    bytes.resize(got);
-    return bytes;
-}
-
 }  // namespace
 
 Bytes CompoundFileOf(const CompoundStorage& root) {
-    ILockBytes* rawArray = nullptr;
-    if (FAILED(CreateILockBytesOnHGlobal(nullptr, TRUE, &rawArray))) {
+    ZeroedBytes array;
+    IStorage* raw = nullptr;
+    if (FAILED(StgCreateDocfileOnILockBytes(&array, kMode, 0, &raw))) {
         return {};
     }
-    const Held<ILockBytes> array(rawArray);
-    IStorage* rawRoot = nullptr;
-    if (FAILED(StgCreateDocfileOnILockBytes(array.get(), kMode, 0, &rawRoot))) {
-        return {};
-    }
-    const Held<IStorage> storage(rawRoot);
-    if (!Fill(*storage, root) || FAILED(storage->Commit(STGC_DEFAULT))) {
-        return {};
-    }
-    return ContentOf(*array);
+    Held<IStorage> storage(raw);
+    const bool isWritten = Fill(*storage, root) && SUCCEEDED(storage->Commit(STGC_DEFAULT));
+    storage.reset();
+    return isWritten ? array.Take() : Bytes();
 }
 
 }  // namespace mailbox_builder

@@ -214,6 +214,7 @@ private:
     CompoundStorage WriteMessage(const Message& message, std::size_t headerSize) {
         Properties properties = message.properties;
         properties.Set(PR_STORE_SUPPORT_MASK, static_cast<std::int32_t>(kTextsAreWide));
+        ShowSubject(properties);
         const std::size_t recipients = message.recipients.size();
         const std::size_t attachments = message.attachments.size();
         ByteWriter header;
@@ -228,6 +229,15 @@ private:
             storage.storages.back().name = "__attach_version1.0_#"_w + Hex8(i);
         }
         return storage;
+    }
+
+    // The subject without its hidden prefix, which only mailbox files have: [MS-PST] 2.5.3.1.1.
+    static void ShowSubject(Properties& properties) {
+        const Property* subject = properties.Find(PR_SUBJECT);
+        const auto* text = subject != nullptr ? std::get_if<CStringW>(&subject->value) : nullptr;
+        if (text != nullptr && text->size() >= 2 && text->front() == 1) {
+            properties.Set(PR_SUBJECT, text->substr(2));
+        }
     }
 
     CompoundStorage WriteRecipient(const Properties& recipient, std::uint32_t index) {

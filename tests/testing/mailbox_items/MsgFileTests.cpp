@@ -5,6 +5,7 @@
 #include "platform/Storage.h"
 #include "testing/mailbox_builder/ByteWriter.h"
 #include "testing/mailbox_builder/items/Attachments.h"
+#include "testing/mailbox_builder/items/Mail.h"
 #include "testing/mailbox_builder/items/MsgFile.h"
 #include "testing/mailbox_builder/items/Naming.h"
 #include "testing/mailbox_builder/items/People.h"
@@ -78,7 +79,8 @@ std::uint64_t EntryOf(const Bytes& list, std::size_t header, std::uint32_t tag) 
 
 Message Sample() {
     Message inner;
-    inner.properties.Set(PR_SUBJECT, Wide("inside")).Set(PR_IMPORTANCE, 2);
+    inner.properties.Set(PR_IMPORTANCE, 2);
+    SetSubject(inner.properties, Wide("RE: "), Wide("inside"));
     Set(inner.properties, PidLidLocation, Wide("Quay"));
     Message message;
     message.properties.Set(PR_MESSAGE_CLASS, Wide("IPM.Note"))
@@ -147,6 +149,7 @@ TEST(MsgFile, HoldsRecipientsAttachmentsAndMessagesWithin) {
     ASSERT_TRUE(inner);
     const Bytes innerList = ReadStream(*inner, "__properties_version1.0");
     EXPECT_EQ(EntryOf(innerList, 24, PR_IMPORTANCE), 2u);
+    EXPECT_EQ(ReadStream(*inner, "__substg1.0_0037001F"), AsBytes(WideView(Wide("RE: inside"))));
     EXPECT_EQ(EntryOf(innerList, 24, 0x8002001F), 10u) << "names are those of the whole file";
 }
 

@@ -1,0 +1,155 @@
+// Reads one large mailbox file with our engine, with pffexport and with readpst, in turn and in one run, and prints what
+// each took: processor time, wall time, peak memory, and the ratios. The other two write what they read into files,
+// which ours does not; they have no way of reading only. Linux.
+//
+//     compare_readers [--items N] [--bytes N] [--runs N] [--folder PATH]
+#include "localmapi/pst/messaging/Store.h"
+#include "testing/mailbox_builder/LargeMailbox.h"
+#include "tests/localmapi/pst/support/ReadEverything.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+struct Usage {
+    double cpu = 0;     // seconds
+    double wall = 0;    // seconds
+    double memory = 0;  // MiB at the peak
+};
+
+double Seconds(const timeval& time) {
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
+}
+
+// Runs `body` in a process of its own, which nobody hears, and gives what it used; nothing when it failed.
+template <class Body>
+bool Measure(const Body& body, Usage& usage) {
+    const auto start = std::chrono::steady_clock::now();
+    std::fflush(nullptr);
+    const pid_t child = ::fork();
+    if (child == 0) {
+        const int nowhere = ::open("/dev/null", O_WRONLY);
+        ::dup2(nowhere, STDOUT_FILENO);
+        ::dup2(nowhere, STDERR_FILENO);
+        ::_exit(body());
+    }
+    int status = 0;
+    rusage used{};
+    if (child < 0 || ::wait4(child, &status, 0, &used) != child) {
+        return false;
+    }
+    usage.cpu = Seconds(used.ru_utime) + Seconds(used.ru_stime);
+    usage.wall = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    usage.memory = static_cast<double>(used.ru_maxrss) / 1024;
+    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+int Run(const std::vector<std::string>& command) {
+    std::vector<char*> arguments;
+    for (const std::string& argument : command) {
+        arguments.push_back(const_cast<char*>(argument.c_str()));
+    }
+    arguments.push_back(nullptr);
+    ::execvp(arguments[0], arguments.data());
+    return 127;
+}
+
+int ReadWithOurs(const std::filesystem::path& file) {
+    const auto store = localmapi::pst::Store::Open(file, {});
+    return store && localmapi::testing::ReadEverything(**store).errors == 0 ? 0 : 1;
+}
+
+Usage Median(std::vector<Usage> runs) {
+    auto middle = [&runs](double Usage::*field) {
+        std::sort(runs.begin(), runs.end(), [field](const Usage& a, const Usage& b) { return a.*field < b.*field; });
+        return runs[runs.size() / 2].*field;
+    };
+    return {middle(&Usage::cpu), middle(&Usage::wall), middle(&Usage::memory)};
+}
+
+// Median of the runs, or nothing when one of them fails. Its output folder is emptied before each.
+template <class Body>
+bool MeasureRuns(int runs, const std::filesystem::path& output, const Body& body, Usage& median) {
+    std::vector<Usage> all;
+    for (int run = 0; run < runs; ++run) {
+        std::filesystem::remove_all(output);
+        std::filesystem::create_directories(output);
+        Usage usage;
+        if (!Measure(body, usage)) {
+            return false;
+        }
+        all.push_back(usage);
+    }
+    std::filesystem::remove_all(output);
+    median = Median(std::move(all));
+    return true;
+}
+
+void Print(const char* name, const Usage& usage, const Usage& ours) {
+    std::printf("%-10s %9.2f s %9.2f s %9.1f MiB   %6.2f x %6.2f x %6.2f x\n", name, usage.cpu, usage.wall,
+                usage.memory, usage.cpu / ours.cpu, usage.wall / ours.wall, usage.memory / ours.memory);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    CLI::App app("Compares readers of mailbox files on one large file");
+    mailbox_builder::LargeMailboxOptions options;
+    std::filesystem::path folder = std::filesystem::temp_directory_path() / "vx-compare-readers";
+    int runs = 1;
+    app.add_option("--items", options.items, "items of the file")->capture_default_str();
+    app.add_option("--bytes", options.bytes, "size of the file")->transform(CLI::AsSizeValue(false));
+    app.add_option("--runs", runs, "runs of each reader; the median counts")->check(CLI::Range(1, 99));
+    app.add_option("--folder", folder, "where the file and the output go; emptied");
+    CLI11_PARSE(app, argc, argv);
+
+    std::filesystem::remove_all(folder);
+    std::filesystem::create_directories(folder);
+    const std::filesystem::path file = folder / "large.pst";
+    const auto facts = mailbox_builder::WriteLargeMailbox(file, options);
+    if (!facts) {
+        std::fprintf(stderr, "%s: %s\n", file.c_str(), facts.Failure().text.c_str());
+        return 1;
+    }
+    std::printf("%llu items, %llu attachments, %.1f MiB\n", static_cast<unsigned long long>(facts->items),
+                static_cast<unsigned long long>(facts->attachments), static_cast<double>(facts->fileBytes) / (1 << 20));
+    std::printf("%-10s %11s %11s %13s   %8s %8s %8s\n", "", "cpu", "wall", "peak memory", "cpu", "wall", "memory");
+
+    const std::filesystem::path output = folder / "output";
+    Usage ours;
+    if (!MeasureRuns(
+            runs, output, [&] { return ReadWithOurs(file); }, ours)) {
+        std::fprintf(stderr, "our own reader failed\n");
+        return 1;
+    }
+    Print("ours", ours, ours);
+    Usage other;
+    const std::vector<std::string> pffexport = {"pffexport", "-q", "-t", (output / "export").string(), file.string()};
+    if (MeasureRuns(
+            runs, output, [&] { return Run(pffexport); }, other)) {
+        Print("pffexport", other, ours);
+    } else {
+        std::printf("pffexport  is not installed (pff-tools), or failed\n");
+    }
+    const std::vector<std::string> readpst = {"readpst", "-j", "0", "-q", "-e", "-o", output.string(), file.string()};
+    if (MeasureRuns(
+            runs, output, [&] { return Run(readpst); }, other)) {
+        Print("readpst", other, ours);
+    } else {
+        std::printf("readpst    is not installed (pst-utils), or failed\n");
+    }
+    std::filesystem::remove_all(folder);
+    return 0;
+}
