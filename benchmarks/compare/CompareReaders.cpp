@@ -2,7 +2,7 @@
 // each took: processor time, wall time, peak memory, and the ratios. The other two write what they read into files,
 // which ours does not; they have no way of reading only. Linux.
 //
-//     compare_readers [--items N] [--bytes N] [--runs N] [--folder PATH]
+//     compare_readers [--items N] [--bytes N] [--runs N] [--limit SECONDS] [--folder PATH]
 #include "localmapi/pst/messaging/Store.h"
 #include "testing/mailbox_builder/LargeMailbox.h"
 #include "tests/localmapi/pst/support/ReadEverything.h"
@@ -33,9 +33,12 @@ double Seconds(const timeval& time) {
     return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
 }
 
-// Runs `body` in a process of its own, which nobody hears, and gives what it used; nothing when it failed.
+enum class Outcome { Done, Failed, TooSlow };
+
+// Runs `body` in a process of its own, which nobody hears and which may take so many seconds of processor time, and
+// gives what it used.
 template <class Body>
-bool Measure(const Body& body, Usage& usage) {
+Outcome Measure(const Body& body, unsigned limit, Usage& usage) {
     const auto start = std::chrono::steady_clock::now();
     std::fflush(nullptr);
     const pid_t child = ::fork();
@@ -43,17 +46,22 @@ bool Measure(const Body& body, Usage& usage) {
         const int nowhere = ::open("/dev/null", O_WRONLY);
         ::dup2(nowhere, STDOUT_FILENO);
         ::dup2(nowhere, STDERR_FILENO);
+        const rlimit most{limit, limit};
+        ::setrlimit(RLIMIT_CPU, &most);
         ::_exit(body());
     }
     int status = 0;
     rusage used{};
     if (child < 0 || ::wait4(child, &status, 0, &used) != child) {
-        return false;
+        return Outcome::Failed;
     }
     usage.cpu = Seconds(used.ru_utime) + Seconds(used.ru_stime);
     usage.wall = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     usage.memory = static_cast<double>(used.ru_maxrss) / 1024;
-    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+    if (WIFSIGNALED(status) && usage.cpu >= limit) {
+        return Outcome::TooSlow;
+    }
+    return WIFEXITED(status) && WEXITSTATUS(status) == 0 ? Outcome::Done : Outcome::Failed;
 }
 
 int Run(const std::vector<std::string>& command) {
@@ -79,22 +87,23 @@ Usage Median(std::vector<Usage> runs) {
     return {middle(&Usage::cpu), middle(&Usage::wall), middle(&Usage::memory)};
 }
 
-// Median of the runs, or nothing when one of them fails. Its output folder is emptied before each.
+// The median of the runs, unless one of them fails. The output folder is emptied before each.
 template <class Body>
-bool MeasureRuns(int runs, const std::filesystem::path& output, const Body& body, Usage& median) {
+Outcome MeasureRuns(int runs, unsigned limit, const std::filesystem::path& output, const Body& body, Usage& median) {
     std::vector<Usage> all;
     for (int run = 0; run < runs; ++run) {
         std::filesystem::remove_all(output);
         std::filesystem::create_directories(output);
         Usage usage;
-        if (!Measure(body, usage)) {
-            return false;
+        const Outcome outcome = Measure(body, limit, usage);
+        if (outcome != Outcome::Done) {
+            return outcome;
         }
         all.push_back(usage);
     }
     std::filesystem::remove_all(output);
     median = Median(std::move(all));
-    return true;
+    return Outcome::Done;
 }
 
 void Print(const char* name, const Usage& usage, const Usage& ours) {
@@ -109,9 +118,12 @@ int main(int argc, char** argv) {
     mailbox_builder::LargeMailboxOptions options;
     std::filesystem::path folder = std::filesystem::temp_directory_path() / "vx-compare-readers";
     int runs = 1;
+    unsigned limit = 600;
     app.add_option("--items", options.items, "items of the file")->capture_default_str();
     app.add_option("--bytes", options.bytes, "size of the file")->transform(CLI::AsSizeValue(false));
     app.add_option("--runs", runs, "runs of each reader; the median counts")->check(CLI::Range(1, 99));
+    app.add_option("--limit", limit, "seconds of processor time after which a reader is stopped")
+        ->capture_default_str();
     app.add_option("--folder", folder, "where the file and the output go; emptied");
     CLI11_PARSE(app, argc, argv);
 
@@ -129,26 +141,27 @@ int main(int argc, char** argv) {
 
     const std::filesystem::path output = folder / "output";
     Usage ours;
-    if (!MeasureRuns(
-            runs, output, [&] { return ReadWithOurs(file); }, ours)) {
+    if (MeasureRuns(
+            runs, limit, output, [&] { return ReadWithOurs(file); }, ours)
+        != Outcome::Done) {
         std::fprintf(stderr, "our own reader failed\n");
         return 1;
     }
     Print("ours", ours, ours);
-    Usage other;
-    const std::vector<std::string> pffexport = {"pffexport", "-q", "-t", (output / "export").string(), file.string()};
-    if (MeasureRuns(
-            runs, output, [&] { return Run(pffexport); }, other)) {
-        Print("pffexport", other, ours);
-    } else {
-        std::printf("pffexport  is not installed (pff-tools), or failed\n");
-    }
-    const std::vector<std::string> readpst = {"readpst", "-j", "0", "-q", "-e", "-o", output.string(), file.string()};
-    if (MeasureRuns(
-            runs, output, [&] { return Run(readpst); }, other)) {
-        Print("readpst", other, ours);
-    } else {
-        std::printf("readpst    is not installed (pst-utils), or failed\n");
+    const std::vector<std::string> others[] = {
+        {"readpst", "-j", "0", "-q", "-e", "-o", output.string(), file.string()},
+        {"pffexport", "-q", "-t", (output / "export").string(), file.string()},
+    };
+    for (const std::vector<std::string>& command : others) {
+        Usage usage;
+        switch (MeasureRuns(
+            runs, limit, output, [&] { return Run(command); }, usage)) {
+            case Outcome::Done: Print(command[0].c_str(), usage, ours); break;
+            case Outcome::TooSlow: std::printf("%-10s was stopped after %u s\n", command[0].c_str(), limit); break;
+            case Outcome::Failed:
+                std::printf("%-10s failed, or is not installed (pst-utils, pff-tools)\n", command[0].c_str());
+                break;
+        }
     }
     std::filesystem::remove_all(folder);
     return 0;
