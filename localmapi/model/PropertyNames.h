@@ -1,8 +1,7 @@
 // Which property ids of a store or message stand for which names. One thread at a time.
 #pragma once
 
-#include "platform/Guid.h"
-#include "platform/WideText.h"
+#include "localmapi/base/PropertyName.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -13,18 +12,6 @@
 #include <vector>
 
 namespace localmapi {
-
-// A name: a set, and within it a number or a text. Text is compared exactly.
-struct PropertyName {
-    GUID set{};
-    bool isText = false;
-    std::uint32_t number = 0;
-    CStringW text;
-
-    bool operator==(const PropertyName& other) const noexcept {
-        return set == other.set && isText == other.isText && number == other.number && text == other.text;
-    }
-};
 
 class PropertyNames {
 public:

@@ -17,10 +17,17 @@ ULARGE_INTEGER Unsigned(std::uint64_t value) {
     return number;
 }
 
-void FillStat(STATSTG& stat, STGTY type, std::uint64_t size) {
-    stat = {};
-    stat.type = static_cast<DWORD>(type);
-    stat.cbSize = Unsigned(size);
+// Reads what there is of the bytes asked for; their count goes to `read`, which may be null.
+HRESULT ReadSome(ByteSource& bytes, std::uint64_t offset, void* buffer, ULONG count, ULONG* read) {
+    const std::uint64_t left = offset < bytes.Size() ? bytes.Size() - offset : 0;
+    const auto wanted = static_cast<ULONG>(std::min<std::uint64_t>(count, left));
+    if (wanted > 0 && !bytes.ReadAt(offset, {static_cast<std::byte*>(buffer), wanted})) {
+        return STG_E_READFAULT;
+    }
+    if (read != nullptr) {
+        *read = wanted;
+    }
+    return S_OK;
 }
 
 // Bytes that streams and their clones share, with what they are borrowed from. The bytes go first.
@@ -42,17 +49,13 @@ public:
             return count == 0 ? S_OK : STG_E_INVALIDPOINTER;
         }
         return Guarded([&] {
-            const std::uint64_t size = m_bytes->bytes->Size();
-            const std::uint64_t left = m_position < size ? size - m_position : 0;
-            const auto wanted = static_cast<ULONG>(std::min<std::uint64_t>(count, left));
-            if (wanted > 0 && !m_bytes->bytes->ReadAt(m_position, {static_cast<std::byte*>(buffer), wanted})) {
-                return static_cast<HRESULT>(STG_E_READFAULT);
-            }
-            m_position += wanted;
+            ULONG got = 0;
+            const HRESULT result = ReadSome(*m_bytes->bytes, m_position, buffer, count, &got);
+            m_position += got;
             if (read != nullptr) {
-                *read = wanted;
+                *read = got;
             }
-            return static_cast<HRESULT>(S_OK);
+            return result;
         });
     }
     HRESULT STDMETHODCALLTYPE Write(const void*, ULONG, ULONG* written) override {
@@ -109,11 +112,7 @@ public:
         return STG_E_INVALIDFUNCTION;
     }
     HRESULT STDMETHODCALLTYPE Stat(STATSTG* stat, DWORD) override {
-        if (stat == nullptr) {
-            return STG_E_INVALIDPOINTER;
-        }
-        FillStat(*stat, STGTY_STREAM, m_bytes->bytes->Size());
-        return S_OK;
+        return TellSize(stat, STGTY_STREAM, m_bytes->bytes->Size());
     }
     HRESULT STDMETHODCALLTYPE Clone(IStream** clone) override {
         if (clone == nullptr) {
@@ -164,18 +163,7 @@ public:
         : ComObject(std::move(lock)), m_bytes{std::move(keeps), std::move(bytes)} {}
 
     HRESULT STDMETHODCALLTYPE ReadAt(ULARGE_INTEGER offset, void* buffer, ULONG count, ULONG* read) override {
-        return Guarded([&] {
-            const std::uint64_t size = m_bytes.bytes->Size();
-            const std::uint64_t left = offset.QuadPart < size ? size - offset.QuadPart : 0;
-            const auto wanted = static_cast<ULONG>(std::min<std::uint64_t>(count, left));
-            if (wanted > 0 && !m_bytes.bytes->ReadAt(offset.QuadPart, {static_cast<std::byte*>(buffer), wanted})) {
-                return static_cast<HRESULT>(STG_E_READFAULT);
-            }
-            if (read != nullptr) {
-                *read = wanted;
-            }
-            return static_cast<HRESULT>(S_OK);
-        });
+        return Guarded([&] { return ReadSome(*m_bytes.bytes, offset.QuadPart, buffer, count, read); });
     }
     HRESULT STDMETHODCALLTYPE WriteAt(ULARGE_INTEGER, const void*, ULONG, ULONG*) override {
         return STG_E_ACCESSDENIED;
@@ -189,11 +177,7 @@ public:
         return STG_E_INVALIDFUNCTION;
     }
     HRESULT STDMETHODCALLTYPE Stat(STATSTG* stat, DWORD) override {
-        if (stat == nullptr) {
-            return STG_E_INVALIDPOINTER;
-        }
-        FillStat(*stat, STGTY_LOCKBYTES, m_bytes.bytes->Size());
-        return S_OK;
+        return TellSize(stat, STGTY_LOCKBYTES, m_bytes.bytes->Size());
     }
 
 protected:
@@ -204,6 +188,16 @@ private:
 };
 
 }  // namespace
+
+HRESULT TellSize(STATSTG* stat, STGTY type, std::uint64_t size) noexcept {
+    if (stat == nullptr) {
+        return STG_E_INVALIDPOINTER;
+    }
+    *stat = {};
+    stat->type = static_cast<DWORD>(type);
+    stat->cbSize.QuadPart = size;
+    return S_OK;
+}
 
 Result<std::unique_ptr<ByteSource>> StreamBytes::Open(ComPtr<IStream> stream) {
     STATSTG stat{};

@@ -52,6 +52,9 @@ ComPtr<IStream> MakeReadStream(std::unique_ptr<ByteSource> bytes, ComPtr<IUnknow
 // The compound file in the bytes, opened for reading. Corrupt when they are none.
 Result<ComPtr<IStorage>> OpenStorageIn(std::unique_ptr<ByteSource> bytes, ComPtr<IUnknown> keeps, SharedLock lock);
 
+// The answer of Stat for what has a size and nothing else to tell.
+HRESULT TellSize(STATSTG* stat, STGTY type, std::uint64_t size) noexcept;
+
 // Copies what is left of a source into a stream, in pieces.
 HRESULT CopyToStream(ByteSource& from, IStream& to);
 

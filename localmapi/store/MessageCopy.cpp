@@ -22,14 +22,19 @@ CopyRequest Everything(const CopyRequest& outer) {
                        .flags = outer.flags};
 }
 
-HRESULT CheckRequest(const CopyRequest& request, const IMAPIProp* to, LastFailure& failure) {
+// What copying a message or attachment begins with: the request is looked at, and the values are copied.
+HRESULT BeginCopy(PropCore& from, const CopyRequest& request, IMAPIProp* to, LastFailure& failure,
+                  SPropProblemArray** problems, CopyProblems& found) {
+    if (problems != nullptr) {
+        *problems = nullptr;
+    }
     if (to == nullptr || (!request.all && request.tags == nullptr)) {
         return MAPI_E_INVALID_PARAMETER;
     }
     if ((request.flags & MAPI_MOVE) != 0) {
         return failure.Set(MAPI_E_NO_SUPPORT, "the object is open for reading only, so that nothing can be moved out");
     }
-    return S_OK;
+    return CopyValues(from, request, *to, found);
 }
 
 HRESULT CopyRecipients(MessageObject& from, IMessage& to) {
@@ -142,15 +147,8 @@ SRow RowWithId(const ADRENTRY& entry, LONG id, Arena& memory) {
 
 HRESULT CopyMessage(MessageObject& from, const CopyRequest& request, IMAPIProp* to, LastFailure& failure,
                     SPropProblemArray** problems) {
-    if (problems != nullptr) {
-        *problems = nullptr;
-    }
-    const HRESULT checked = CheckRequest(request, to, failure);
-    if (FAILED(checked)) {
-        return checked;
-    }
     CopyProblems found;
-    const HRESULT copied = CopyValues(from, request, *to, found);
+    const HRESULT copied = BeginCopy(from, request, to, failure, problems, found);
     if (FAILED(copied)) {
         return copied;
     }
@@ -170,15 +168,8 @@ HRESULT CopyMessage(MessageObject& from, const CopyRequest& request, IMAPIProp* 
 
 HRESULT CopyAttachment(AttachObject& from, const CopyRequest& request, IMAPIProp* to, LastFailure& failure,
                        SPropProblemArray** problems) {
-    if (problems != nullptr) {
-        *problems = nullptr;
-    }
-    const HRESULT checked = CheckRequest(request, to, failure);
-    if (FAILED(checked)) {
-        return checked;
-    }
     CopyProblems found;
-    const HRESULT copied = CopyValues(from, request, *to, found);
+    const HRESULT copied = BeginCopy(from, request, to, failure, problems, found);
     if (FAILED(copied)) {
         return copied;
     }

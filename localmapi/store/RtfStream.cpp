@@ -120,13 +120,7 @@ public:
     }
     HRESULT STDMETHODCALLTYPE Commit(DWORD) override { return S_OK; }
     HRESULT STDMETHODCALLTYPE Stat(STATSTG* stat, DWORD) override {
-        if (stat == nullptr) {
-            return STG_E_INVALIDPOINTER;
-        }
-        *stat = {};
-        stat->type = STGTY_STREAM;
-        stat->cbSize.QuadPart = m_reader.RawSize();
-        return S_OK;
+        return TellSize(stat, STGTY_STREAM, m_reader.RawSize());
     }
 
 private:
@@ -201,15 +195,7 @@ public:
     HRESULT STDMETHODCALLTYPE Commit(DWORD flags) override {
         return Guarded([&] { return Put(flags); });
     }
-    HRESULT STDMETHODCALLTYPE Stat(STATSTG* stat, DWORD) override {
-        if (stat == nullptr) {
-            return STG_E_INVALIDPOINTER;
-        }
-        *stat = {};
-        stat->type = STGTY_STREAM;
-        stat->cbSize.QuadPart = m_rtf.size();
-        return S_OK;
-    }
+    HRESULT STDMETHODCALLTYPE Stat(STATSTG* stat, DWORD) override { return TellSize(stat, STGTY_STREAM, m_rtf.size()); }
 
 protected:
     ~RtfWriteStream() override {

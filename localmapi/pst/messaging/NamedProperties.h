@@ -3,9 +3,8 @@
 
 #include "localmapi/base/Bytes.h"
 #include "localmapi/base/Diagnostics.h"
+#include "localmapi/base/PropertyName.h"
 #include "localmapi/pst/ltp/PropertyContext.h"
-#include "platform/Guid.h"
-#include "platform/WideText.h"
 
 #include <cstdint>
 #include <optional>
@@ -13,18 +12,6 @@
 #include <vector>
 
 namespace localmapi::pst {
-
-// A name: a set, and within it a number or a text.
-struct PropertyName {
-    GUID set{};
-    bool isText = false;
-    std::uint32_t number = 0;
-    CStringW text;
-
-    bool operator==(const PropertyName& other) const noexcept {
-        return set == other.set && isText == other.isText && number == other.number && text == other.text;
-    }
-};
 
 class NamedProperties {
 public:

@@ -15,7 +15,7 @@ PropertyNames& Mailbox::Names() {
     if (!m_names) {
         m_names.emplace();
         for (const NamedProperties::Entry& entry : m_store->Names().Entries()) {
-            m_names->Insert(entry.id, {entry.name.set, entry.name.isText, entry.name.number, entry.name.text});
+            m_names->Insert(entry.id, entry.name);
         }
     }
     return *m_names;

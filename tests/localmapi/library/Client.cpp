@@ -2,6 +2,7 @@
 
 #include "platform/Module.h"
 #include "platform/Paths.h"
+#include "platform/Process.h"
 #include "platform/Storage.h"
 
 #include <array>
@@ -141,9 +142,10 @@ ComPtr<IMsgStore> Client::OpenOnlyStore(IMAPISession& session) {
 
 namespace {
 
-// The sample's files, made when they are first asked for; they go with the program.
+// The sample's files, made when they are first asked for; they go with the program. Several programs run at once.
 struct SampleFiles {
-    SampleFiles() : folder(std::filesystem::temp_directory_path() / "vx-mapi-sample") {
+    SampleFiles()
+        : folder(std::filesystem::temp_directory_path() / ("vx-mapi-sample-" + std::to_string(GetCurrentProcessId()))) {
         std::filesystem::remove_all(folder);
         std::filesystem::create_directories(folder);
     }
