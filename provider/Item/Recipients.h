@@ -1,0 +1,31 @@
+// The recipients of a message, read from its recipient table, as the texts that records show.
+#pragma once
+
+#include "mapi/MapiInterfaces.h"
+#include "platform/WideText.h"
+
+#include <vector>
+
+struct Recipient {
+    LONG type;      // PR_RECIPIENT_TYPE: 1 to, 2 copy, 3 blind copy, or what the sender has made of it
+    CStringW text;  // "name <address>", or what there is of the two
+};
+
+// Addresses lose "<", ">" and blanks, which would break the text; those of some items also their capitals.
+enum class AddressCase { AsIs, Lower };
+
+enum class RecipientStep { Table, Columns, Seek, Rows, Done };
+
+struct RecipientRead {
+    RecipientStep step;  // the one that failed; Done when none did
+    HRESULT hr;
+};
+
+// What the log says of the step that failed, with a "%x" for its result.
+const WCHAR* FailureFormat(RecipientStep step) noexcept;
+
+// Replaces `recipients` by the rows of the table, in their order.
+RecipientRead ReadRecipients(IMessage* message, AddressCase addressCase, std::vector<Recipient>& recipients);
+
+// Adds a text to a list, with "; " behind what is there.
+void AppendToList(CStringW& list, const CStringW& text);
