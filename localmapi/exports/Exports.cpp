@@ -1,5 +1,6 @@
 // The entry points of the library: each checks its pointers, lets no exception out, and passes on to the room that does
 // the work. Their types are in mapi/MapiFunctions.h.
+#include "localmapi/com/CallArguments.h"
 #include "localmapi/com/ComObject.h"
 #include "localmapi/exports/Initialisation.h"
 #include "localmapi/msg/MessageOnStorage.h"
@@ -32,14 +33,6 @@ HRESULT Guarded(Body&& body) noexcept {
     }
 }
 
-CStringW ArgumentText(LPTSTR text, ULONG flags) {
-    if (text == nullptr) {
-        return {};
-    }
-    return (flags & MAPI_UNICODE) != 0 ? CStringW(reinterpret_cast<LPWSTR>(text))
-                                       : ToWide(reinterpret_cast<LPSTR>(text), CP_ACP);
-}
-
 }  // namespace
 
 // What OpenIMsgSession gives. Messages on storages share nothing here, so there is nothing to hold.
@@ -69,7 +62,7 @@ VX_EXPORT HRESULT STDAPICALLTYPE MAPILogonEx(ULONG_PTR, LPTSTR profileName, LPTS
         }
         ComPtr<IMAPISession> opened;
         std::string problem;
-        const HRESULT result = OpenSession(ArgumentText(profileName, flags), opened, problem);
+        const HRESULT result = OpenSession(CallText(profileName, flags), opened, problem);
         *session = opened.Detach();
         return result;
     });

@@ -1,7 +1,7 @@
 // IProfAdmin: which profiles there are.
+#include "localmapi/com/CallArguments.h"
 #include "localmapi/profile/AdminTables.h"
 #include "localmapi/profile/Administration.h"
-#include "localmapi/profile/CallText.h"
 #include "localmapi/table/Table.h"
 #include "mapi/MapiGuids.h"
 

@@ -1,7 +1,7 @@
 // IProviderAdmin: the providers of a service.
+#include "localmapi/com/CallArguments.h"
 #include "localmapi/profile/AdminTables.h"
 #include "localmapi/profile/Administration.h"
-#include "localmapi/profile/CallText.h"
 #include "localmapi/profile/ProfileSection.h"
 #include "localmapi/profile/Services.h"
 #include "localmapi/profile/TextEscapes.h"

@@ -1,5 +1,6 @@
 #include "localmapi/session/AddressBook.h"
 
+#include "localmapi/com/CallArguments.h"
 #include "localmapi/object/MemoryProperties.h"
 #include "localmapi/object/PropObject.h"
 #include "localmapi/props/Values.h"
@@ -20,18 +21,6 @@
 namespace localmapi {
 
 namespace {
-
-ByteView ViewOf(ULONG size, const ENTRYID* entryId) {
-    return entryId == nullptr ? ByteView() : ByteView(reinterpret_cast<const std::byte*>(entryId), size);
-}
-
-CStringW ArgumentText(LPTSTR text, ULONG flags) {
-    if (text == nullptr) {
-        return {};
-    }
-    return (flags & MAPI_UNICODE) != 0 ? CStringW(reinterpret_cast<LPWSTR>(text))
-                                       : ToWide(reinterpret_cast<LPSTR>(text), CP_ACP);
-}
 
 std::unique_ptr<MemoryProperties> EntryProperties(ULONG objectType, ULONG displayType, WideView name) {
     Arena memory;
@@ -115,31 +104,13 @@ private:
     }
 };
 
-HRESULT GiveEntry(ULONG size, LPENTRYID entryId, LPCIID interfaceId, const ComPtr<IUnknown>& session,
-                  const SharedLock& lock, ULONG* type, LPUNKNOWN* object) {
-    ComPtr<IUnknown> opened;
-    ULONG openedType = 0;
-    const HRESULT result = OpenAddressEntry(ViewOf(size, entryId), session, lock, opened, openedType);
-    if (FAILED(result)) {
-        return result;
-    }
-    if (type != nullptr) {
-        *type = openedType;
-    }
-    const IID& own = openedType == MAPI_ABCONT ? IID_IABContainer : IID_IMailUser;
-    void* found = nullptr;
-    const HRESULT asked = opened->QueryInterface(interfaceId == nullptr ? own : *interfaceId, &found);
-    *object = static_cast<IUnknown*>(found);
-    return asked;
-}
-
 HRESULT STDMETHODCALLTYPE RootContainer::OpenEntry(ULONG size, LPENTRYID entryId, LPCIID interfaceId, ULONG,
                                                    ULONG* type, LPUNKNOWN* object) {
     if (object == nullptr) {
         return MAPI_E_INVALID_PARAMETER;
     }
     *object = nullptr;
-    return Guarded([&] { return GiveEntry(size, entryId, interfaceId, Keeps(), Lock(), type, object); });
+    return Guarded([&] { return GiveAddressEntry(ViewOf(size, entryId), interfaceId, Keeps(), Lock(), type, object); });
 }
 
 class AddressBook final : public PropObject<IAddrBook> {
@@ -153,19 +124,12 @@ public:
             return MAPI_E_INVALID_PARAMETER;
         }
         *object = nullptr;
-        return Guarded([&] { return GiveEntry(size, entryId, interfaceId, Keeps(), Lock(), type, object); });
+        return Guarded(
+            [&] { return GiveAddressEntry(ViewOf(size, entryId), interfaceId, Keeps(), Lock(), type, object); });
     }
     HRESULT STDMETHODCALLTYPE CompareEntryIDs(ULONG firstSize, LPENTRYID first, ULONG secondSize, LPENTRYID second,
                                               ULONG, ULONG* result) override {
-        if (result == nullptr) {
-            return MAPI_E_INVALID_PARAMETER;
-        }
-        const ByteView one = ViewOf(firstSize, first);
-        const ByteView other = ViewOf(secondSize, second);
-        const bool isSame =
-            one.Size() == other.Size() && std::equal(one.Span().begin(), one.Span().end(), other.Data());
-        *result = isSame ? TRUE : FALSE;
-        return S_OK;
+        return CompareIds(ViewOf(firstSize, first), ViewOf(secondSize, second), result);
     }
     HRESULT STDMETHODCALLTYPE CreateOneOff(LPTSTR name, LPTSTR addressType, LPTSTR address, ULONG flags, ULONG* size,
                                            LPENTRYID* entryId) override {
@@ -174,13 +138,10 @@ public:
         }
         *entryId = nullptr;
         return Guarded([&] {
-            const OneOff recipient{ArgumentText(name, flags), ArgumentText(addressType, flags),
-                                   ArgumentText(address, flags), (flags & MAPI_SEND_NO_RICH_INFO) == 0};
+            const OneOff recipient{CallText(name, flags), CallText(addressType, flags), CallText(address, flags),
+                                   (flags & MAPI_SEND_NO_RICH_INFO) == 0};
             const Bytes bytes = MakeOneOff(recipient, (flags & MAPI_UNICODE) != 0);
-            auto block = MakeRoot<ENTRYID>(bytes.size());
-            std::memcpy(block.get(), bytes.data(), bytes.size());
-            *size = static_cast<ULONG>(bytes.size());
-            *entryId = block.release();
+            GiveId(bytes, size, entryId);
             return S_OK;
         });
     }
@@ -251,26 +212,27 @@ ComPtr<IAddrBook> MakeAddressBook(ComPtr<IUnknown> session, SharedLock lock) {
     return ComPtr<IAddrBook>(MakeObject<AddressBook>(std::move(session), std::move(lock)).Get());
 }
 
-HRESULT OpenAddressEntry(ByteView entryId, const ComPtr<IUnknown>& session, const SharedLock& lock,
-                         ComPtr<IUnknown>& object, ULONG& type) {
+HRESULT GiveAddressEntry(ByteView entryId, LPCIID interfaceId, const ComPtr<IUnknown>& session, const SharedLock& lock,
+                         ULONG* type, LPUNKNOWN* object) {
+    ULONG entryType = MAPI_ABCONT;
+    ComPtr<IUnknown> entry;
     if (entryId.IsEmpty()) {
-        object = ComPtr<IUnknown>(MakeObject<RootContainer>(session, lock).Get());
-        type = MAPI_ABCONT;
-        return S_OK;
+        entry = ComPtr<IUnknown>(MakeObject<RootContainer>(session, lock).Get());
+    } else {
+        static constexpr std::size_t kSmallest = sizeof(ULONG) + sizeof(MAPIUID);
+        const auto recipient = ParseOneOff(entryId);
+        if (!recipient) {
+            return entryId.Size() < kSmallest ? MAPI_E_INVALID_ENTRYID : MAPI_E_UNKNOWN_ENTRYID;
+        }
+        entryType = MAPI_MAILUSER;
+        entry = ComPtr<IUnknown>(
+            MakeObject<SimpleObject<IMailUser>>(IID_IMailUser, RecipientProperties(*recipient, entryId), session, lock)
+                .Get());
     }
-    static constexpr std::size_t kSmallest = sizeof(ULONG) + sizeof(MAPIUID);
-    if (entryId.Size() < kSmallest) {
-        return MAPI_E_INVALID_ENTRYID;
+    if (type != nullptr) {
+        *type = entryType;
     }
-    const auto recipient = ParseOneOff(entryId);
-    if (!recipient) {
-        return MAPI_E_UNKNOWN_ENTRYID;
-    }
-    object = ComPtr<IUnknown>(
-        MakeObject<SimpleObject<IMailUser>>(IID_IMailUser, RecipientProperties(*recipient, entryId), session, lock)
-            .Get());
-    type = MAPI_MAILUSER;
-    return S_OK;
+    return GiveAs(entry, interfaceId, entryType == MAPI_ABCONT ? IID_IABContainer : IID_IMailUser, object);
 }
 
 }  // namespace localmapi

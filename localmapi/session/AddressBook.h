@@ -11,9 +11,10 @@ namespace localmapi {
 // `session` is what the book belongs to; may be null.
 ComPtr<IAddrBook> MakeAddressBook(ComPtr<IUnknown> session, SharedLock lock);
 
-// An entry of the book as an object: null or empty for the root container, a one-off recipient as IMailUser.
-// MAPI_E_UNKNOWN_ENTRYID for the ids of address books that are not here, MAPI_E_INVALID_ENTRYID for what is too short.
-HRESULT OpenAddressEntry(ByteView entryId, const ComPtr<IUnknown>& session, const SharedLock& lock,
-                         ComPtr<IUnknown>& object, ULONG& type);
+// An entry of the book in the interface asked for, null asks for its own: an empty id is the root container, a one-off
+// recipient an IMailUser. `type` may be null. MAPI_E_UNKNOWN_ENTRYID for the ids of others, MAPI_E_INVALID_ENTRYID for
+// what is too short to be one.
+HRESULT GiveAddressEntry(ByteView entryId, LPCIID interfaceId, const ComPtr<IUnknown>& session, const SharedLock& lock,
+                         ULONG* type, LPUNKNOWN* object);
 
 }  // namespace localmapi

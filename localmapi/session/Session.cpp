@@ -1,5 +1,6 @@
 #include "localmapi/session/Session.h"
 
+#include "localmapi/com/CallArguments.h"
 #include "localmapi/com/ComObject.h"
 #include "localmapi/profile/Administration.h"
 #include "localmapi/profile/ProfileSection.h"
@@ -19,10 +20,6 @@
 namespace localmapi {
 
 namespace {
-
-ByteView ViewOf(ULONG size, const ENTRYID* entryId) {
-    return entryId == nullptr ? ByteView() : ByteView(reinterpret_cast<const std::byte*>(entryId), size);
-}
 
 class Session final : public ComObject<IMAPISession> {
 public:
@@ -70,13 +67,16 @@ protected:
     bool Implements(REFIID interfaceId) const override { return interfaceId == IID_IMAPISession; }
 
 private:
-    // Runs a method's body with the profile's stores as the profile has them now.
+    // Runs a method's body as long as nobody has logged off.
+    template <class Body>
+    HRESULT InSession(Body&& body) {
+        return Guarded([&]() -> HRESULT { return m_isLoggedOff ? MAPI_E_END_OF_SESSION : body(); });
+    }
+
+    // The same with the profile's stores as the profile has them now.
     template <class Body>
     HRESULT WithStores(Body&& body) {
-        return Guarded([&]() -> HRESULT {
-            if (m_isLoggedOff) {
-                return MAPI_E_END_OF_SESSION;
-            }
+        return InSession([&]() -> HRESULT {
             auto profile = m_storage.Load(m_profileName);
             if (!profile) {
                 return Fail(profile.Failure());
@@ -108,13 +108,9 @@ HRESULT Session::GetMsgStoresTable(ULONG flags, LPMAPITABLE* table) {
 HRESULT Session::GiveStore(const ProfileStore& store, LPCIID interfaceId, LPUNKNOWN* object) {
     auto opened = OpenStore(store);
     if (!opened) {
-        const bool isMissing = opened.IsNotFound();
-        return isMissing ? Fail(MAPI_E_NOT_FOUND, opened.Failure().text) : Fail(opened.Failure());
+        return Fail(opened.Failure());
     }
-    void* found = nullptr;
-    const HRESULT asked = (*opened)->QueryInterface(interfaceId == nullptr ? IID_IMsgStore : *interfaceId, &found);
-    *object = static_cast<IUnknown*>(found);
-    return asked;
+    return GiveAs(ComPtr<IUnknown>(opened->Get()), interfaceId, IID_IMsgStore, object);
 }
 
 HRESULT Session::OpenMsgStore(ULONG_PTR, ULONG size, LPENTRYID entryId, LPCIID interfaceId, ULONG, LPMDB* store) {
@@ -155,8 +151,14 @@ HRESULT Session::OpenEntry(ULONG size, LPENTRYID entryId, LPCIID interfaceId, UL
         return MAPI_E_INVALID_PARAMETER;
     }
     *object = nullptr;
+    // The book answers without a look into the profile: senders of mail are mostly one-off recipients.
+    const ByteView bytes = ViewOf(size, entryId);
+    const HRESULT asked =
+        InSession([&] { return GiveAddressEntry(bytes, interfaceId, ComPtr<IUnknown>(this), Lock(), type, object); });
+    if (asked != MAPI_E_UNKNOWN_ENTRYID) {
+        return asked;
+    }
     return WithStores([&](const std::vector<ProfileStore>& stores) -> HRESULT {
-        const ByteView bytes = ViewOf(size, entryId);
         if (const ProfileStore* store = FindStore(stores, bytes)) {
             if (type != nullptr) {
                 *type = MAPI_STORE;
@@ -168,34 +170,13 @@ HRESULT Session::OpenEntry(ULONG size, LPENTRYID entryId, LPCIID interfaceId, UL
             return opened ? (*opened)->OpenEntry(size, entryId, interfaceId, flags, type, object)
                           : Fail(opened.Failure());
         }
-        ComPtr<IUnknown> entry;
-        ULONG entryType = 0;
-        const HRESULT result = OpenAddressEntry(bytes, ComPtr<IUnknown>(this), Lock(), entry, entryType);
-        if (FAILED(result)) {
-            return Fail(result, "neither a store of the profile nor the address book knows this entry id");
-        }
-        if (type != nullptr) {
-            *type = entryType;
-        }
-        const IID& own = entryType == MAPI_ABCONT ? IID_IABContainer : IID_IMailUser;
-        void* found = nullptr;
-        const HRESULT asked = entry->QueryInterface(interfaceId == nullptr ? own : *interfaceId, &found);
-        *object = static_cast<IUnknown*>(found);
-        return asked;
+        return Fail(MAPI_E_UNKNOWN_ENTRYID, "neither a store of the profile nor the address book knows this entry id");
     });
 }
 
 HRESULT Session::CompareEntryIDs(ULONG firstSize, LPENTRYID first, ULONG secondSize, LPENTRYID second, ULONG,
                                  ULONG* result) {
-    if (result == nullptr) {
-        return MAPI_E_INVALID_PARAMETER;
-    }
-    const ByteView one = ViewOf(firstSize, first);
-    const ByteView other = ViewOf(secondSize, second);
-    const bool isSame =
-        one.Size() == other.Size() && std::equal(one.Span().begin(), one.Span().end(), other.Span().begin());
-    *result = isSame ? TRUE : FALSE;
-    return S_OK;
+    return CompareIds(ViewOf(firstSize, first), ViewOf(secondSize, second), result);
 }
 
 // ---- Address book, profile, status ----------------------------------------------------------------------------------
@@ -208,14 +189,17 @@ HRESULT Session::OpenAddressBook(ULONG_PTR, LPCIID interfaceId, ULONG, LPADRBOOK
     if (interfaceId != nullptr && *interfaceId != IID_IAddrBook && *interfaceId != IID_IMAPIProp) {
         return MAPI_E_INTERFACE_NOT_SUPPORTED;
     }
-    return Guarded([&]() -> HRESULT {
+    return InSession([&]() -> HRESULT {
         *book = MakeAddressBook(ComPtr<IUnknown>(this), Lock()).Detach();
         return S_OK;
     });
 }
 
 HRESULT Session::OpenProfileSection(LPMAPIUID uid, LPCIID interfaceId, ULONG flags, LPPROFSECT* section) {
-    return Guarded([&] {
+    if (section != nullptr) {
+        *section = nullptr;
+    }
+    return InSession([&] {
         return profile::OpenSection(m_storage, m_profileName, uid, interfaceId, flags, Lock(), Failure(), section);
     });
 }
@@ -225,7 +209,7 @@ HRESULT Session::AdminServices(ULONG, LPSERVICEADMIN* services) {
         return MAPI_E_INVALID_PARAMETER;
     }
     *services = nullptr;
-    return Guarded([&]() -> HRESULT {
+    return InSession([&]() -> HRESULT {
         *services = profile::MakeServiceAdmin(m_storage, m_profileName, Lock()).Detach();
         return S_OK;
     });

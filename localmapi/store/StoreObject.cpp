@@ -1,5 +1,6 @@
 #include "localmapi/store/StoreObject.h"
 
+#include "localmapi/com/CallArguments.h"
 #include "localmapi/props/Values.h"
 #include "localmapi/table/Table.h"
 #include "mapi/MapiFlags.h"
@@ -20,21 +21,6 @@ constexpr ULONG kSupported = STORE_ENTRYID_UNIQUE | STORE_READONLY | STORE_SEARC
                              | STORE_MV_PROPS_OK | STORE_RTF_OK | STORE_RESTRICTION_OK | STORE_SORT_OK
                              | STORE_UNICODE_OK | STORE_LOCALSTORE;
 
-ByteView ViewOf(ULONG size, const ENTRYID* entryId) {
-    return entryId == nullptr ? ByteView() : ByteView(reinterpret_cast<const std::byte*>(entryId), size);
-}
-
-// The text of an argument in the width that the flags announce.
-CStringW ArgumentText(LPTSTR text, ULONG flags) {
-    if (text == nullptr) {
-        return {};
-    }
-    if ((flags & MAPI_UNICODE) != 0) {
-        return reinterpret_cast<LPWSTR>(text);
-    }
-    return ToWide(reinterpret_cast<LPSTR>(text), CP_ACP);
-}
-
 // A text as a block of its own.
 LPTSTR GiveText(WideView text, ULONG flags) {
     auto give = [](const void* bytes, std::size_t size) {
@@ -48,14 +34,6 @@ LPTSTR GiveText(WideView text, ULONG flags) {
     }
     const std::string narrow = ToNarrow(text, CP_ACP);
     return give(narrow.c_str(), narrow.size() + 1);
-}
-
-// Gives an opened object in the interface asked for; null asks for its own.
-HRESULT GiveAs(const ComPtr<IUnknown>& object, LPCIID interfaceId, const IID& own, LPUNKNOWN* given) {
-    void* found = nullptr;
-    const HRESULT result = object->QueryInterface(interfaceId == nullptr ? own : *interfaceId, &found);
-    *given = static_cast<IUnknown*>(found);
-    return result;
 }
 
 }  // namespace
@@ -174,19 +152,13 @@ HRESULT StoreObject::OpenEntry(ULONG size, LPENTRYID entryId, LPCIID interfaceId
 
 HRESULT StoreObject::CompareEntryIDs(ULONG firstSize, LPENTRYID first, ULONG secondSize, LPENTRYID second, ULONG,
                                      ULONG* result) {
-    if (result == nullptr) {
-        return MAPI_E_INVALID_PARAMETER;
-    }
-    const ByteView one = ViewOf(firstSize, first);
-    const ByteView other = ViewOf(secondSize, second);
-    *result = std::equal(one.Span().begin(), one.Span().end(), other.Span().begin(), other.Span().end()) ? TRUE : FALSE;
-    return S_OK;
+    return CompareIds(ViewOf(firstSize, first), ViewOf(secondSize, second), result);
 }
 
 // ---- Receive folders ------------------------------------------------------------------------------------------------
 
 HRESULT StoreObject::FindReceiveFolder(LPTSTR messageClass, ULONG flags, Bytes& entryId, CStringW& matched) {
-    const auto folder = m_store->ReceiveFolder(ArgumentText(messageClass, flags), matched);
+    const auto folder = m_store->ReceiveFolder(CallText(messageClass, flags), matched);
     if (!folder) {
         return Fail(MAPI_E_NOT_FOUND, "the store names no folder for messages of this class");
     }
@@ -208,13 +180,10 @@ HRESULT StoreObject::GetReceiveFolder(LPTSTR messageClass, ULONG flags, ULONG* s
         if (FAILED(found)) {
             return found;
         }
-        auto block = MakeRoot<ENTRYID>(bytes.size());
-        std::memcpy(block.get(), bytes.data(), bytes.size());
         if (explicitClass != nullptr) {
             *explicitClass = GiveText(matched, flags);
         }
-        *size = static_cast<ULONG>(bytes.size());
-        *entryId = block.release();
+        GiveId(bytes, size, entryId);
         return static_cast<HRESULT>(S_OK);
     });
 }

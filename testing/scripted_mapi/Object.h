@@ -1,4 +1,5 @@
-// Scripted COM objects: a stub (testing/StubInterfaces.h) with a life of its own, counted among the script's.
+// Scripted COM objects: on the heap, counted among the script's, and answering what they have no script for as
+// testing/StubInterfaces.h does.
 #pragma once
 
 #include "mapi/MapiGuids.h"

@@ -5,6 +5,7 @@
 #include "platform/Process.h"
 #include "platform/Storage.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <map>
@@ -58,7 +59,9 @@ void Client::SetUp() {
     }();
     ASSERT_TRUE(installed);
     const auto* test = ::testing::UnitTest::GetInstance()->current_test_info();
-    m_folder = std::filesystem::temp_directory_path() / (std::string("vx-mapi-") + test->name());
+    std::string name = "vx-mapi-" + std::to_string(GetCurrentProcessId()) + "-" + test->name();
+    std::replace(name.begin(), name.end(), '/', '-');  // of tests with parameters
+    m_folder = std::filesystem::temp_directory_path() / name;
     std::filesystem::remove_all(m_folder);
     std::filesystem::create_directories(m_folder);
     SetVariable("VX_HOME", Narrow(m_folder));

@@ -39,6 +39,10 @@ TEST_F(Profiles, LogOnByNameByDefaultAndNotAtAll) {
     ASSERT_EQ(session->Logoff(0, 0, 0), S_OK);
     ComPtr<IMAPITable> stores;
     EXPECT_EQ(session->GetMsgStoresTable(0, stores.Receive()), MAPI_E_END_OF_SESSION);
+    ComPtr<IMsgServiceAdmin> services;
+    EXPECT_EQ(session->AdminServices(0, services.Receive()), MAPI_E_END_OF_SESSION);
+    ComPtr<IAddrBook> book;
+    EXPECT_EQ(session->OpenAddressBook(0, nullptr, AB_NO_DIALOG, book.Receive()), MAPI_E_END_OF_SESSION);
 }
 
 // What a person gets to read who names the wrong file.
