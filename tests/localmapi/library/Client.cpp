@@ -1,50 +1,13 @@
 #include "tests/localmapi/library/Client.h"
 
-#include "platform/Module.h"
 #include "platform/Paths.h"
-#include "platform/Process.h"
 #include "platform/Storage.h"
 
-#include <algorithm>
 #include <array>
-#include <cstdlib>
-#include <map>
 
 namespace vx_testing {
 
 namespace {
-
-void SetVariable(const char* name, const std::string& value) {
-#ifdef _WIN32
-    _putenv_s(name, value.c_str());
-#else
-    ::setenv(name, value.c_str(), 1);
-#endif
-}
-
-std::string Narrow(const std::filesystem::path& path) {
-    const std::u8string text = path.u8string();
-    return std::string(text.begin(), text.end());
-}
-
-// On Windows the system folder's library is looked for: the test's prefix gets ours there. On Linux $VX_SYSTEM_DIR
-// names our folder.
-void InstallLibrary() {
-#ifdef _WIN32
-    std::array<WCHAR, MAX_PATH> folder{};
-    ASSERT_NE(GetSystemDirectoryW(folder.data(), static_cast<UINT>(folder.size())), 0U);
-    const std::filesystem::path target = std::filesystem::path(folder.data()) / "mapi32.dll";
-    const char* library = std::getenv("VX_TEST_MAPI");
-    ASSERT_NE(library, nullptr);
-    std::filesystem::copy_file(library, target, std::filesystem::copy_options::overwrite_existing);
-#endif
-}
-
-using LiveCounts = void STDAPICALLTYPE(LONGLONG* objects, LONGLONG* buffers);
-
-HMODULE LoadedLibrary() {
-    return LoadLibraryW("mapi32.dll"_w);
-}
 
 LPTSTR NarrowArgument(const char* text) {
     return reinterpret_cast<LPTSTR>(const_cast<char*>(text));
@@ -53,37 +16,16 @@ LPTSTR NarrowArgument(const char* text) {
 }  // namespace
 
 void Client::SetUp() {
-    static const bool installed = [] {
-        InstallLibrary();
-        return true;
-    }();
-    ASSERT_TRUE(installed);
-    const auto* test = ::testing::UnitTest::GetInstance()->current_test_info();
-    std::string name = "vx-mapi-" + std::to_string(GetCurrentProcessId()) + "-" + test->name();
-    std::replace(name.begin(), name.end(), '/', '-');  // of tests with parameters
-    m_folder = std::filesystem::temp_directory_path() / name;
-    std::filesystem::remove_all(m_folder);
-    std::filesystem::create_directories(m_folder);
-    SetVariable("VX_HOME", Narrow(m_folder));
+    m_home.emplace();
     MAPIINIT_0 init{MAPI_INIT_VERSION, MAPI_MULTITHREAD_NOTIFICATIONS};
     ASSERT_EQ(MAPIInitialize(&init), S_OK) << "the library was not found";
 }
 
 void Client::TearDown() {
-    const HMODULE library = LoadedLibrary();
-    ASSERT_NE(library, nullptr);
-    auto* counts = reinterpret_cast<LiveCounts*>(reinterpret_cast<void*>(GetProcAddress(library, "VxMapiLiveCounts")));
-    ASSERT_NE(counts, nullptr) << "another library than ours was loaded";
-    LONGLONG objects = -1;
-    LONGLONG buffers = -1;
-    counts(&objects, &buffers);
-    EXPECT_EQ(objects, 0);
-    EXPECT_EQ(buffers, 0);
-    FreeLibrary(library);
+    EXPECT_EQ(CountLiveMapi(), (LiveMapi{0, 0}));
     MAPIUninitialize();
     UnloadMAPI();
-    std::error_code ignored;
-    std::filesystem::remove_all(m_folder, ignored);
+    m_home.reset();
 }
 
 HRESULT Client::AddStore(IMsgServiceAdmin& services, const std::filesystem::path& mailbox, std::string& problem) {
@@ -141,60 +83,6 @@ ComPtr<IMsgStore> Client::OpenOnlyStore(IMAPISession& session) {
                                    store.Receive()),
               S_OK);
     return store;
-}
-
-namespace {
-
-// The sample's files, made when they are first asked for; they go with the program. Several programs run at once.
-struct SampleFiles {
-    SampleFiles()
-        : folder(std::filesystem::temp_directory_path() / ("vx-mapi-sample-" + std::to_string(GetCurrentProcessId()))) {
-        std::filesystem::remove_all(folder);
-        std::filesystem::create_directories(folder);
-    }
-    ~SampleFiles() {
-        std::error_code ignored;
-        std::filesystem::remove_all(folder, ignored);
-    }
-
-    std::filesystem::path folder;
-    mailbox_builder::SampleMailbox sample;
-    std::map<mailbox_builder::Form, std::filesystem::path> files;
-    std::vector<mailbox_builder::WrittenFolder> written;  // the ids are alike in all forms
-};
-
-SampleFiles& Files() {
-    static SampleFiles files;
-    return files;
-}
-
-}  // namespace
-
-const std::filesystem::path& Client::SampleFile(mailbox_builder::Form form) {
-    SampleFiles& files = Files();
-    std::filesystem::path& path = files.files[form];
-    if (path.empty()) {
-        path = files.folder / ("sample-" + std::to_string(static_cast<int>(form)) + ".pst");
-        mailbox_builder::WriterOptions options;
-        options.form = form;
-        options.displayName = "Sample mailbox"_w;
-        auto writer = mailbox_builder::MailboxWriter::Create(path, options);
-        EXPECT_TRUE(writer) << writer.Failure().text;
-        auto written = files.sample.AddTo(**writer);
-        EXPECT_TRUE(written) << written.Failure().text;
-        files.written = *std::move(written);
-        EXPECT_TRUE((*writer)->Finish());
-    }
-    return path;
-}
-
-const mailbox_builder::SampleMailbox& Client::Sample() {
-    return Files().sample;
-}
-
-const std::vector<mailbox_builder::WrittenFolder>& Client::SampleFolders() {
-    static_cast<void>(SampleFile());
-    return Files().written;
 }
 
 Rows AllRows(IMAPITable& table, const std::vector<ULONG>& columns) {

@@ -5,13 +5,14 @@
 #include "mapi/Mapi.h"
 #include "platform/WideText.h"
 #include "provider/ImportProcs.h"
-#include "testing/mailbox_builder/SampleMailbox.h"
+#include "testing/local_mapi/LocalMapi.h"
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -43,17 +44,12 @@ protected:
     static ComPtr<IMAPISession> LogOn(const char* profile);
     static ComPtr<IMsgStore> OpenOnlyStore(IMAPISession& session);
 
-    // The sample mailbox in a form, written once for all tests of the program.
-    static const std::filesystem::path& SampleFile(mailbox_builder::Form form = mailbox_builder::Form::Unicode);
-    static const mailbox_builder::SampleMailbox& Sample();
-    static const std::vector<mailbox_builder::WrittenFolder>& SampleFolders();
-
-    const std::filesystem::path& Folder() const { return m_folder; }
+    const std::filesystem::path& Folder() const { return m_home->Path(); }
 
     std::string lastProblem;  // of MakeProfile: what GetLastError told
 
 private:
-    std::filesystem::path m_folder;
+    std::optional<LocalMapiHome> m_home;
 };
 
 // All rows with these columns; fails the test otherwise.
