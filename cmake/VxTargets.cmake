@@ -54,6 +54,20 @@ function(vx_test name)
   endif()
 endfunction()
 
+# vx_product(TARGET): one of the files that are the product. They stand side by side in bin/, which is how the provider
+# finds local MAPI. A library has the same name on every system, NAME.dll or libNAME.so, and shows none of what it is
+# made of.
+function(vx_product target)
+  set_target_properties(${target} PROPERTIES
+    RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin" LIBRARY_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
+  get_target_property(type ${target} TYPE)
+  if(type STREQUAL "SHARED_LIBRARY" AND WIN32)
+    set_target_properties(${target} PROPERTIES PREFIX "")
+  elseif(type STREQUAL "SHARED_LIBRARY")
+    target_link_options(${target} PRIVATE -Wl,--no-undefined -Wl,--exclude-libs,ALL)
+  endif()
+endfunction()
+
 # vx_header_only(TARGET FOLDER): a target for a header-only library that the distribution installs as <FOLDER/...>, for
 # the native and the cross build alike. Only that folder is linked into the build folder, since the native include
 # folder itself must not be seen by a cross compiler.

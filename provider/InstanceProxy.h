@@ -5,8 +5,9 @@
 // names does not exist: a Value is then null, a string empty. Whatever fails throws ResultException, E_OUTOFMEMORY too,
 // and the references that were passed keep what they held. No other exception comes out.
 //
-// Threads: one call at a time, except that SetAbort may be called while another call runs. InitializeVxMapi is
-// serialised over the process. A call belongs to the thread that makes it: no thread is started.
+// Threads: one call at a time, except that SetAbort may be called while another call runs that is not ReleaseVxMapi or
+// Dispose. InitializeVxMapi is serialised over the process. A call belongs to the thread that makes it: no thread is
+// started.
 //
 //     InstanceProxy proxy;
 //     proxy.InitializeVxMapi(u"", u"Info");
@@ -127,9 +128,8 @@ public:
     bool AddExchangeToProfile(const Text& profileName, const Text& mailbox, const Text& server, bool flag);
 
 private:
-    // Runs what one method does with the instance, and fails with its result.
-    template <typename Operation>
-    void Call(const Operation& operation);
+    // Fails with a negative result.
+    void Check(HResult result) const;
 
     FailureHandler m_fail;
     std::unique_ptr<COutlookInstance> m_p;  // null once disposed

@@ -21,10 +21,10 @@ namespace {
 
 constexpr auto& kSourcePath = "OutlookInstance.cpp"_w;
 
-// A borrowed URI becomes a record of its own.
+// A borrowed URI becomes a record of its own. Returning the local would give it out as it is, borrowing.
 CURIObjectData CopyOf(VARIANT& uri) {
     const CURIObjectData borrowed(&uri);
-    return borrowed;
+    return CURIObjectData(borrowed);
 }
 
 void NameItem(CVxItem& item, CURIObjectData& uri) {

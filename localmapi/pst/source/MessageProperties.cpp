@@ -50,7 +50,7 @@ std::optional<ULONG> MessageProperties::MadeTag(ULONG id) {
         case PROP_ID(PR_MESSAGE_SIZE): return IsStored(id) ? std::nullopt : std::optional(PR_MESSAGE_SIZE);
         case PROP_ID(PR_HASATTACH): return IsStored(id) ? std::nullopt : std::optional(PR_HASATTACH);
         case PROP_ID(PR_LAST_MODIFICATION_TIME):
-            return IsStored(id) || !FindTime() ? std::nullopt : std::optional(PR_LAST_MODIFICATION_TIME);
+            return IsStored(id) ? std::nullopt : std::optional(PR_LAST_MODIFICATION_TIME);
         default: return std::nullopt;
     }
 }
@@ -76,7 +76,11 @@ Result<Bytes> MessageProperties::Make(ULONG id, std::uint64_t limit) {
         case PROP_ID(PR_MESSAGE_SIZE): return LittleEndian(MeasureAll(), 4);
         case PROP_ID(PR_HASATTACH): return LittleEndian(m_message->Attachments().empty() ? 0 : 1, 1);
         case PROP_ID(PR_LAST_MODIFICATION_TIME): {
-            VX_TRY_ASSIGN(PropertyValue time, FindTime());
+            Result<PropertyValue> found = FindTime();
+            if (found.IsNotFound()) {
+                return LittleEndian(0, 8);
+            }
+            VX_TRY_ASSIGN(PropertyValue time, std::move(found));
             return WholeBytes(time, CodePage(), ValueStream::kTextLimit);
         }
         default: return NoSuchProperty(id);

@@ -4,8 +4,8 @@
 // What the sources tell that the file does not store, or not so:
 //  - subjects without the mark of their prefix; the prefix and the normalized subject made from it;
 //  - PR_LAST_MODIFICATION_TIME of a message without one: that in its folder's table (OST files keep it there only), else
-//    the time of its creation, delivery or submission, the first that it has. Clients that sort by it, or want what is
-//    newer, then still come by every message that has any time;
+//    the time of its creation, delivery or submission, the first that it has, else 0. Clients that sort by it, or want
+//    what is newer, then still come by the message;
 //  - PR_DISPLAY_TO, _CC and _BCC from the recipients, PR_HASATTACH from the attachments, PR_MESSAGE_SIZE from the sizes
 //    of the values, where they are missing;
 //  - PR_SUBFOLDERS always from the list of folders; the counts of a folder from its lists where they are missing;

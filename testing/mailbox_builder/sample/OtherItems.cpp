@@ -105,6 +105,7 @@ void DescribeNotes(Tree& tree) {
     Message marked =
         MakeNote({.text = Wide("\u8CB7\u3044\u7269: \u7D19, \u30A4\u30F3\u30AF"), .created = At(2025, 4, 4)});
     marked.codePage = 932;
+    marked.properties.Set(PR_MESSAGE_CODEPAGE, 932);
     SetCategories(marked.properties, {Wide("Shopping")});
     tree.At(Wide("Notes")).messages.push_back(std::move(marked));
     tree.At(Wide("Notes")).messages.push_back(MakeNote({.text = {}, .created = At(2025, 4, 5)}));

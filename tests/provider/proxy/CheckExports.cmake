@@ -1,0 +1,23 @@
+# Fails unless LIBRARY shows COutlookInstance and the host-facing functions, and nothing else. OBJDUMP lists its names.
+execute_process(COMMAND "${OBJDUMP}" -pT "${LIBRARY}" OUTPUT_VARIABLE listing ERROR_QUIET)
+
+# One name a line: "0000 g    DF .text  0000  Base  NAME" of an ELF file, "[ 0] NAME" of a PE file.
+string(REGEX MATCHALL "\n(\t\\[ *[0-9]+\\] [^\n +]+|[0-9a-f]+ [^\n*]*Base +[^\n]+)" lines "${listing}")
+set(class "16COutlookInstance")
+set(functions "13InstanceProxy|10ResultName|10ResultText|8FieldsOf")
+set(unexpected)
+set(found)
+foreach(line IN LISTS lines)
+  string(REGEX REPLACE ".* " "" name "${line}")
+  if(name MATCHES "^_Z(NK?${class}[0-9CDa]|T[ISV]${class}$|NK?17VxOutlookProvider(${functions}))")
+    list(APPEND found "${CMAKE_MATCH_1}")
+  else()
+    list(APPEND unexpected "${name}")
+  endif()
+endforeach()
+list(LENGTH found count)
+if(unexpected)
+  message(FATAL_ERROR "Shown, but not meant for hosts: ${unexpected}")
+elseif(count LESS 60)
+  message(FATAL_ERROR "Only ${count} names are shown")
+endif()
