@@ -26,10 +26,6 @@ constexpr std::size_t kRecentRecipients = 16;
 
 constexpr std::array<std::byte, static_cast<std::size_t>(HeaderSize::Part)> kPartHeader{};
 
-// What stands in for the time of the last change, which many programs leave out: callers sort by it, and take a message
-// without it for a broken one.
-constexpr std::array<ULONG, 3> kOtherTimes = {PR_CREATION_TIME, PR_MESSAGE_DELIVERY_TIME, PR_CLIENT_SUBMIT_TIME};
-
 struct NumberedElement {
     ULONG number;
     CStringW name;
@@ -138,9 +134,6 @@ HeaderSize MessageNode::Header() const noexcept {
 
 void MessageNode::LoadProperties(const std::vector<OpenedStorage::Element>& elements) {
     m_properties.Load(m_storage, elements, Header(), m_file->problems);
-    if (!m_file->isWritable) {
-        m_properties.AssumeTime(PR_LAST_MODIFICATION_TIME, kOtherTimes);
-    }
     m_isWide = FindsWideTexts();
     m_recipients.clear();
     for (auto& part : PartsIn(m_storage, elements, kRecipientPrefix, m_file->problems)) {

@@ -80,9 +80,6 @@ public:
     // Sets what is known better than the file knows it, which is no change.
     void AssumeLong(ULONG tag, std::int32_t number);
 
-    // Gives a time that is missing the value of the first of `others` that is there, else 0; no change either.
-    void AssumeTime(ULONG tag, std::span<const ULONG> others);
-
     // The object of a property: true when the storage has one of that name.
     bool HasObjectStorage(ULONG tag) const;
 

@@ -99,18 +99,6 @@ void PropertySet::AssumeLong(ULONG tag, std::int32_t number) {
     m_hasChanges = hadChanges;
 }
 
-void PropertySet::AssumeTime(ULONG tag, std::span<const ULONG> others) {
-    if (Find(PROP_ID(tag)) != nullptr) {
-        return;
-    }
-    const auto known = std::find_if(others.begin(), others.end(), [this](ULONG other) {
-        const Property* property = Find(PROP_ID(other));
-        return property != nullptr && property->tag == other;
-    });
-    const std::uint64_t time = known == others.end() ? 0 : Find(PROP_ID(*known))->area;
-    Put(tag).area = time;
-}
-
 void PropertySet::SetObject(ULONG tag, std::uint32_t kind) {
     Put(tag).area = std::uint64_t{kind} << 32 | kObjectSize;
     m_elements[{tag, kMain}] = {0, true};

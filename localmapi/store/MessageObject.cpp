@@ -59,8 +59,28 @@ bool MessageObject::Compute(ULONG id, ValueMemory& memory, SPropValue& value) {
             }
             value = LongValue(PR_INTERNET_CPID, static_cast<LONG>(m_bodies.HtmlPage()));
             return true;
+        case PROP_ID(PR_LAST_MODIFICATION_TIME):
+            if (m_message->IsWritable() || m_message->TagOf(id)) {
+                return false;
+            }
+            value = SPropValue{PR_LAST_MODIFICATION_TIME, 0, {}};
+            value.Value.ft = StandInForModification();
+            return true;
         default: return false;
     }
+}
+
+// Many programs leave the time of the last change out of message files. Callers sort by it, and take a message without it
+// for a broken one.
+FILETIME MessageObject::StandInForModification() {
+    Arena memory;
+    for (const ULONG tag : {PR_CREATION_TIME, PR_MESSAGE_DELIVERY_TIME, PR_CLIENT_SUBMIT_TIME}) {
+        SPropValue value{};
+        if (m_message->TagOf(PROP_ID(tag)) == tag && m_message->Read(PROP_ID(tag), kLargestValue, memory, value)) {
+            return value.Value.ft;
+        }
+    }
+    return FILETIME{};
 }
 
 std::vector<ULONG> MessageObject::ComputedTags() {
@@ -70,7 +90,7 @@ std::vector<ULONG> MessageObject::ComputedTags() {
     }
     Arena memory;
     SPropValue value{};
-    for (const ULONG tag : {PR_NATIVE_BODY_INFO, PR_INTERNET_CPID}) {
+    for (const ULONG tag : {PR_NATIVE_BODY_INFO, PR_INTERNET_CPID, PR_LAST_MODIFICATION_TIME}) {
         if (Compute(PROP_ID(tag), memory, value)) {
             tags.push_back(tag);
         }

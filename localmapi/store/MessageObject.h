@@ -56,6 +56,7 @@ protected:
 
 private:
     HRESULT ChangeRecipients(ULONG flags, const ADRLIST& changes);
+    FILETIME StandInForModification();
 
     MessageSource* m_message;
     MessageOptions m_options;
