@@ -48,6 +48,10 @@ function(vx_test name)
   if(CMAKE_CROSSCOMPILING)
     add_test(NAME ${name} COMMAND ${name})
     set_tests_properties(${name} PROPERTIES ENVIRONMENT "${ARG_ENVIRONMENT}")
+    if(ARG_ENVIRONMENT MATCHES "VX_WINE_PREFIX=([^;]+)")
+      # Such programs install into the prefix that they share: one at a time.
+      set_tests_properties(${name} PROPERTIES RESOURCE_LOCK "${CMAKE_MATCH_1}")
+    endif()
   else()
     gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST TEST_PREFIX "${name}: "
       PROPERTIES ENVIRONMENT "${ARG_ENVIRONMENT}")
