@@ -196,6 +196,7 @@ PathStore::PathStore(std::filesystem::path path, const ShareClaim& claim, std::s
       m_name(NameOf(m_path)),
       m_claim(claim),
       m_file(std::move(file)),
+      m_isOurs(isNew),
       m_isNew(isNew) {
     Remember();
 }
@@ -237,7 +238,8 @@ HRESULT PathStore::CreateTemporary(const ShareClaim& claim, std::unique_ptr<Path
 }
 
 HRESULT PathStore::Replace(const ImageLayout& layout, const std::shared_ptr<CompoundReader>& old, bool keepOld,
-                           Durability durability, std::shared_ptr<CompoundReader>& reader) {
+                           Durability asked, std::shared_ptr<CompoundReader>& reader) {
+    const Durability durability = m_isOurs ? Durability::Cached : asked;
     const auto inPlace = [&] {
         const HRESULT hr = ImageStore::Replace(layout, old, keepOld, durability, reader);
         Remember();

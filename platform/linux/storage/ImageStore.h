@@ -48,7 +48,9 @@ public:
     explicit LockBytesStore(ILockBytes* bytes);
 };
 
-// A file, replaced by writing another one beside it and renaming that; where the folder does not take one, in place.
+// A file, replaced by writing another one beside it and renaming that; where the folder does not take one, in place. What
+// an existing file gets is on the disk when Replace returns, if that is asked for. A file that was made here is left to
+// the system's cache: before it was finished there was nothing to lose, and waiting for the disk costs more than writing.
 class PathStore final : public ImageStore {
 public:
     // Opens an existing file. The codes of FileBytes::Open.
@@ -83,6 +85,7 @@ private:
     ShareClaim m_claim;
     std::shared_ptr<FileBytes> m_file;  // the same object as m_bytes
     struct stat m_known = {};           // of the file, when it was opened or replaced here
+    const bool m_isOurs;                // made here
     bool m_isNew;
     bool m_deleteAtClose = false;
 };

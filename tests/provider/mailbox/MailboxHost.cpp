@@ -60,7 +60,7 @@ std::map<std::string, Value> MailboxHost::FoldersOf(const Text& profile, const V
     host->GetStoreFolders(profile, Get(store, RecordKind::Store, "si_storeId").String(), folders);
     std::map<std::string, Value> byPath;
     for (const Value& folder : folders.Elements()) {
-        const std::string path = Narrow(Get(folder, RecordKind::Folder, "fi_folderPath"));
+        const std::string path = byPath.empty() ? "/" : Narrow(Get(folder, RecordKind::Folder, "fi_folderPath"));
         EXPECT_TRUE(byPath.emplace(path, folder).second) << path << " twice";
     }
     return byPath;

@@ -61,7 +61,8 @@ protected:
     // Makes a profile of one store on the file; its record.
     Value AddMailbox(const Text& profile, const std::filesystem::path& file);
 
-    // The folders of a store by path ("/Inbox"), their records.
+    // The folders of a store by path ("/Inbox"), their records. The topmost one, which has the path of a folder with the
+    // store's name, is "/".
     std::map<std::string, Value> FoldersOf(const Text& profile, const Value& store);
 
     static Value FolderUri(const Text& profile, const Value& folder);
