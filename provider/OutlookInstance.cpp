@@ -96,6 +96,9 @@ HRESULT COutlookInstance::ReleaseVxMapi() {
     VX_FACADE_CALL(call, ReleaseVxMapi);
     return call.Run([&]() -> HRESULT {
         const std::unique_ptr<CVxDomain> domain(std::exchange(m_domain, nullptr));
+        if (domain != nullptr) {
+            domain->EnsureDisconnected();  // not left to the destructor, out of which no fault could come
+        }
         return S_OK;
     });
 }

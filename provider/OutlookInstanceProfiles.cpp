@@ -19,6 +19,7 @@ HRESULT Administrate(const FacadeCall& call, CVxDomain* domain, const Vx::LogMsg
             return hr;
         }
         call.Log('I', before);
+        domain->EnsureConnected();  // after Disconnect there is no engine that could make the change
         result = change(*domain);
         call.Log('I', Vx::LogMsg(after, static_cast<int>(result)));
         return S_OK;

@@ -50,39 +50,17 @@ CStringW RecipientText(const SRow& row, AddressCase addressCase) {
 
 }  // namespace
 
-const WCHAR* FailureFormat(RecipientStep step) noexcept {
-    switch (step) {
-        case RecipientStep::Table: return "GetRecipientTable Error: (%x)"_w;
-        case RecipientStep::Columns: return "SetColumns failed (%x)"_w;
-        case RecipientStep::Seek: return "SeekRow failed (%x)"_w;
-        case RecipientStep::Rows: return "HrQueryAllRows failed (%x)"_w;
-        case RecipientStep::Done: break;
-    }
-    return ""_w;
+HRESULT OpenRecipientTable(IMessage* message, VxMapiPtr<IMAPITable>& table) {
+    const HRESULT hr = message == nullptr ? E_FAIL : message->GetRecipientTable(0, &table);
+    return FAILED(hr) || table.get() != nullptr ? hr : E_FAIL;
 }
 
-RecipientRead ReadRecipients(IMessage* message, AddressCase addressCase, std::vector<Recipient>& recipients) {
+TableRead ReadRecipients(IMAPITable* table, AddressCase addressCase, std::vector<Recipient>& recipients) {
     recipients.clear();
-    if (message == nullptr) {
-        return {RecipientStep::Table, E_FAIL};
-    }
-    VxMapiPtr<IMAPITable> table;
-    HRESULT hr = message->GetRecipientTable(0, &table);
-    if (FAILED(hr) || table.get() == nullptr) {
-        return {RecipientStep::Table, hr};
-    }
-    hr = CMapiUtil::SetColumns(table, kColumns, 0);
-    if (FAILED(hr)) {
-        return {RecipientStep::Columns, hr};
-    }
-    hr = CMapiUtil::SeekRow(table, BOOKMARK_BEGINNING, 0, nullptr);
-    if (FAILED(hr)) {
-        return {RecipientStep::Seek, hr};
-    }
     VxLpRowsPtr<SRowSet> rows;
-    hr = HrQueryAllRows(table, nullptr, nullptr, nullptr, 0, &rows);
-    if (FAILED(hr) || rows.get() == nullptr) {
-        return {RecipientStep::Rows, hr};
+    const TableRead read = ReadWholeTable(table, kColumns, rows);
+    if (read.step != TableStep::Done) {
+        return read;
     }
     for (ULONG i = 0; i < rows->cRows; ++i) {
         const SRow& row = (&rows->aRow[0])[i];
@@ -90,7 +68,7 @@ RecipientRead ReadRecipients(IMessage* message, AddressCase addressCase, std::ve
             recipients.push_back({type->Value.l, RecipientText(row, addressCase)});
         }
     }
-    return {RecipientStep::Done, S_OK};
+    return read;
 }
 
 void AppendToList(CStringW& list, const CStringW& text) {

@@ -3,6 +3,8 @@
 
 #include "mapi/MapiInterfaces.h"
 #include "platform/WideText.h"
+#include "provider/MapiHolders.h"
+#include "provider/WholeTable.h"
 
 #include <vector>
 
@@ -14,18 +16,11 @@ struct Recipient {
 // Addresses lose "<", ">" and blanks, which would break the text; those of some items also their capitals.
 enum class AddressCase { AsIs, Lower };
 
-enum class RecipientStep { Table, Columns, Seek, Rows, Done };
-
-struct RecipientRead {
-    RecipientStep step;  // the one that failed; Done when none did
-    HRESULT hr;
-};
-
-// What the log says of the step that failed, with a "%x" for its result.
-const WCHAR* FailureFormat(RecipientStep step) noexcept;
+// The message's table of recipients; E_FAIL without a message, and `table` is null on every failure.
+HRESULT OpenRecipientTable(IMessage* message, VxMapiPtr<IMAPITable>& table);
 
 // Replaces `recipients` by the rows of the table, in their order.
-RecipientRead ReadRecipients(IMessage* message, AddressCase addressCase, std::vector<Recipient>& recipients);
+TableRead ReadRecipients(IMAPITable* table, AddressCase addressCase, std::vector<Recipient>& recipients);
 
 // Adds a text to a list, with "; " behind what is there.
 void AppendToList(CStringW& list, const CStringW& text);

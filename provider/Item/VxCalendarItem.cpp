@@ -3,9 +3,7 @@
 #include "mapi/MapiGuids.h"
 #include "mapi/PropTags.h"
 #include "provider/Common/FileTimeHelpers.h"
-#include "provider/Common/Log.h"
 #include "provider/Common/ScopedEntryExitLogger.h"
-#include "provider/Item/Recipients.h"
 
 namespace {
 
@@ -47,14 +45,14 @@ constexpr ItemRow<CVxCalendarItem> CVxCalendarItem::s_rows[28] = {
     {Named(165, PSETID_Appointment, 0x8205, PT_LONG), ReadNumber<&CVxCalendarItem::m_busyStatus>},
     {Named(166, PSETID_Common, 0x8516, PT_SYSTIME), ReadTime<&CVxCalendarItem::m_reminder>},
     {Named(176, PSETID_Common, 0x8534, PT_UNICODE), ReadText<&CVxCalendarItem::m_mileage>},
-    {Named(177, PSETID_Common, 0x8535, PT_UNICODE), ReadText<&CVxCalendarItem::m_billingInfo>},
+    {Named(177, PSETID_Common, 0x8535, PT_UNICODE), ReadText<&CVxCalendarItem::m_billing>},
     {Named(184, PSETID_Common, 0x8539, PT_MV_UNICODE), ReadTexts<&CVxCalendarItem::m_company>},
     {Named(163, PSETID_Common, 0x853A, PT_MV_UNICODE), ReadTexts<&CVxCalendarItem::m_contacts>},
     {KeywordsField(eVxItemCalendar, 164), ReadTexts<&CVxCalendarItem::m_categories>},
 };
 constexpr std::array<VxField, 28> CVxCalendarItem::aVxCalendarFields = FieldsOf(s_rows);
 
-CVxCalendarItem::CVxCalendarItem(CVxConnectable* parent) : CVxItem(parent) {
+CVxCalendarItem::CVxCalendarItem(CVxConnectable* parent) : CVxPlannedItem(parent) {
     m_type = eVxItemCalendar;
     m_fields = aVxCalendarFields.data();
     m_fieldCount = static_cast<LONG>(aVxCalendarFields.size());
@@ -79,29 +77,23 @@ std::int64_t CVxCalendarItem::GetDateTimeForDisplay() {
 }
 
 void CVxCalendarItem::Clear() {
-    for (CStringW* text :
-         {&m_subject,  &m_senderName, &m_senderEmail, &m_sensitivity,    &m_response,     &m_location,    &m_organizer,
-          &m_event,    &m_isOnline,   &m_recurrence,  &m_recurrenceType, &m_mileage,      &m_billingInfo, &m_company,
-          &m_contacts, &m_categories, &m_recipients,  &m_reqAttendees,   &m_optAttendees, &m_resources}) {
+    for (CStringW* text : {&m_senderName, &m_senderEmail, &m_location, &m_organizer, &m_event, &m_isOnline,
+                           &m_reqAttendees, &m_optAttendees, &m_resources}) {
         text->clear();
     }
-    for (LONG* number : {&m_importance, &m_size, &m_status, &m_busyStatus, &m_duration, &m_recurrenceKind}) {
+    for (LONG* number : {&m_busyStatus, &m_duration, &m_recurrenceKind}) {
         *number = 0;
     }
-    for (FILETIME* time :
-         {&m_createdTime, &m_replyTime, &m_startTime, &m_endTime, &m_startDate, &m_endDate, &m_reminder}) {
+    for (FILETIME* time : {&m_replyTime, &m_startTime, &m_endTime, &m_startDate, &m_endDate}) {
         CleanDateTimeValue(*time);
     }
-    CVxItem::Clear();
+    CVxPlannedItem::Clear();
 }
 
 bool CVxCalendarItem::GetTypeSpecificProperties() {
     VX_SCOPE_TRACE(trace);
-    LoadBody();
     std::vector<Recipient> recipients;
-    const RecipientRead read = ReadRecipients(m_message, AddressCase::Lower, recipients);
-    if (read.step != RecipientStep::Done) {
-        VX_LOG('E') << Vx::LogMsg(FailureFormat(read.step), read.hr);
+    if (!LoadWithRecipients(AddressCase::Lower, recipients)) {
         return false;
     }
     for (const Recipient& recipient : recipients) {

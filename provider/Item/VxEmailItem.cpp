@@ -138,14 +138,18 @@ bool CVxEmailItem::GetTypeSpecificProperties() {
     LoadBody();
     ReadFlagStatus();
     ReadIconIndex();
+    VxMapiPtr<IMAPITable> table;
+    if (const HRESULT hr = OpenRecipientTable(m_message, table); FAILED(hr)) {
+        VX_LOG('E') << Vx::LogMsg("GetRecipientTable Error: (%x)"_w, hr);
+        return true;
+    }
     std::vector<Recipient> recipients;
-    const RecipientRead read = ReadRecipients(m_message, AddressCase::Lower, recipients);
+    const TableRead read = ReadRecipients(table, AddressCase::Lower, recipients);
     switch (read.step) {
-        case RecipientStep::Table: VX_LOG('E') << Vx::LogMsg("GetRecipientTable Error: (%x)"_w, read.hr); return true;
-        case RecipientStep::Columns: VX_LOG('E') << Vx::LogMsg("SetColumns Error: (%x)"_w, read.hr); return false;
-        case RecipientStep::Seek: VX_LOG('E') << Vx::LogMsg("SeekRow Error: (%x)"_w, read.hr); return false;
-        case RecipientStep::Rows: VX_LOG('E') << Vx::LogMsg("HrQueryAllRows Error: (%x)"_w, read.hr); return false;
-        case RecipientStep::Done: break;
+        case TableStep::Columns: VX_LOG('E') << Vx::LogMsg("SetColumns Error: (%x)"_w, read.hr); return false;
+        case TableStep::Seek: VX_LOG('E') << Vx::LogMsg("SeekRow Error: (%x)"_w, read.hr); return false;
+        case TableStep::Rows: VX_LOG('E') << Vx::LogMsg("HrQueryAllRows Error: (%x)"_w, read.hr); return false;
+        case TableStep::Done: break;
     }
     for (const Recipient& recipient : recipients) {
         switch (recipient.type) {

@@ -11,6 +11,7 @@
 #include "provider/Item/VxItem.h"
 #include "provider/RowValues.h"
 #include "provider/StoreAndFolder/VxOutlookFolder.h"
+#include "provider/WholeTable.h"
 #include "provider/mime/EmailDecoding.h"
 
 #include <filesystem>
@@ -103,27 +104,12 @@ bool CVxItem::ReadAttachmentRows(VxLpRowsPtr<SRowSet>& rows) {
         return false;
     }
     VxMapiPtr<IMAPITable> table;
-    HRESULT hr = m_message->GetAttachmentTable(0, &table);
+    const HRESULT hr = m_message->GetAttachmentTable(0, &table);
     if (FAILED(hr) || table.get() == nullptr) {
         VX_LOG('E') << Vx::LogMsg("GetAttachmentTable failed (%x)"_w, hr);
         return false;
     }
-    hr = CMapiUtil::SetColumns(table, kTableColumns, 0);
-    if (FAILED(hr)) {
-        VX_LOG('E') << Vx::LogMsg("SetColumns failed (%x)"_w, hr);
-        return false;
-    }
-    hr = CMapiUtil::SeekRow(table, BOOKMARK_BEGINNING, 0, nullptr);
-    if (FAILED(hr)) {
-        VX_LOG('E') << Vx::LogMsg("SeekRow failed (%x)"_w, hr);
-        return false;
-    }
-    hr = HrQueryAllRows(table, nullptr, nullptr, nullptr, 0, &rows);
-    if (FAILED(hr) || rows.get() == nullptr) {
-        VX_LOG('E') << Vx::LogMsg("HrQueryAllRows failed (%x)"_w, hr);
-        return false;
-    }
-    return true;
+    return ReadWholeTable(table, kTableColumns, rows, VX_LOG('E'));
 }
 
 void CVxItem::AddAttachmentRow(const SRow& row) {

@@ -3,9 +3,7 @@
 #include "mapi/MapiGuids.h"
 #include "mapi/PropTags.h"
 #include "provider/Common/FileTimeHelpers.h"
-#include "provider/Common/Log.h"
 #include "provider/Common/ScopedEntryExitLogger.h"
-#include "provider/Item/Recipients.h"
 
 namespace {
 
@@ -54,7 +52,7 @@ constexpr ItemRow<CVxTaskItem> CVxTaskItem::s_rows[28] = {
 };
 constexpr std::array<VxField, 28> CVxTaskItem::aVxTaskFields = FieldsOf(s_rows);
 
-CVxTaskItem::CVxTaskItem(CVxConnectable* parent) : CVxItem(parent) {
+CVxTaskItem::CVxTaskItem(CVxConnectable* parent) : CVxPlannedItem(parent) {
     m_type = eVxItemTask;
     m_fields = aVxTaskFields.data();
     m_fieldCount = static_cast<LONG>(aVxTaskFields.size());
@@ -74,29 +72,24 @@ std::int64_t CVxTaskItem::GetDateTimeForDisplay() {
 }
 
 void CVxTaskItem::Clear() {
-    for (CStringW* text : {&m_subject, &m_sensitivity, &m_ownership, &m_response, &m_delegation, &m_owner, &m_delegator,
-                           &m_role, &m_group, &m_recurrence, &m_recurrenceType, &m_mileage, &m_billing, &m_company,
-                           &m_contacts, &m_categories, &m_recipients, &m_updateList}) {
+    for (CStringW* text : {&m_ownership, &m_delegation, &m_owner, &m_delegator, &m_role, &m_group, &m_updateList}) {
         text->clear();
     }
-    for (LONG* number : {&m_importance, &m_size, &m_status, &m_actualWork, &m_totalWork}) {
+    for (LONG* number : {&m_actualWork, &m_totalWork}) {
         *number = 0;
     }
-    for (FILETIME* time : {&m_createdTime, &m_dueDate, &m_startDate, &m_completedDate, &m_reminder}) {
+    for (FILETIME* time : {&m_dueDate, &m_startDate, &m_completedDate}) {
         CleanDateTimeValue(*time);
     }
     m_percentComplete = 0;
     m_isComplete = false;
-    CVxItem::Clear();
+    CVxPlannedItem::Clear();
 }
 
 bool CVxTaskItem::GetTypeSpecificProperties() {
     VX_SCOPE_TRACE(trace);
-    LoadBody();
     std::vector<Recipient> recipients;
-    const RecipientRead read = ReadRecipients(m_message, AddressCase::AsIs, recipients);
-    if (read.step != RecipientStep::Done) {
-        VX_LOG('E') << Vx::LogMsg(FailureFormat(read.step), read.hr);
+    if (!LoadWithRecipients(AddressCase::AsIs, recipients)) {
         return false;
     }
     for (const Recipient& recipient : recipients) {

@@ -10,6 +10,7 @@
 #include "provider/StoreAndFolder/EnsureMapiConnect.h"
 #include "provider/StoreAndFolder/VxOutlookAddrFolder.h"
 #include "provider/StoreAndFolder/VxOutlookProfile.h"
+#include "provider/WholeTable.h"
 
 #include <span>
 
@@ -97,22 +98,7 @@ bool CVxAddressBook::ReadContainers(IAddrBook* book, VxLpRowsPtr<SRowSet>& rows)
         return false;
     }
     static constexpr auto kColumns = MakeTagArray(PR_DISPLAY_TYPE, PR_ENTRYID, PR_DISPLAY_NAME_W);
-    hr = CMapiUtil::SetColumns(table, kColumns, 0);
-    if (FAILED(hr)) {
-        VX_LOG('E') << Vx::LogMsg("SetColumns failed (%x)"_w, hr);
-        return false;
-    }
-    hr = CMapiUtil::SeekRow(table, BOOKMARK_BEGINNING, 0, nullptr);
-    if (FAILED(hr)) {
-        VX_LOG('E') << Vx::LogMsg("SeekRow failed (%x)"_w, hr);
-        return false;
-    }
-    hr = HrQueryAllRows(table, nullptr, nullptr, nullptr, 0, &rows);
-    if (FAILED(hr) || rows.get() == nullptr) {
-        VX_LOG('E') << Vx::LogMsg("HrQueryAllRows failed (%x)"_w, hr);
-        return false;
-    }
-    return true;
+    return ReadWholeTable(table, kColumns, rows, VX_LOG('E'));
 }
 
 void CVxAddressBook::MapiDisconnect() {

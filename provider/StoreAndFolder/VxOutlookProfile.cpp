@@ -112,6 +112,28 @@ HRESULT ReadProperty(IMAPIProp* object, ULONG tag, VxMapiFrBufPtr<SPropValue>& v
     return hr;
 }
 
+// All rows of a table of the profile's, `most` of them at the most (0: any number). These tables are small and in memory:
+// MAPI is not waited for.
+bool ReadRowsWithoutWaiting(IMAPITable* table, const SPropTagArray* columns, LONG most, VxLpRowsPtr<SRowSet>& rows,
+                            const Vx::LogEntry& failure) {
+    HRESULT hr = table->SetColumns(const_cast<LPSPropTagArray>(columns), 0);
+    if (FAILED(hr)) {
+        failure << Vx::LogMsg("SetColumns failed. hr = 0x%x"_w, hr);
+        return false;
+    }
+    hr = table->SeekRow(BOOKMARK_BEGINNING, 0, nullptr);
+    if (FAILED(hr)) {
+        failure << Vx::LogMsg("SeekRow failed. hr = 0x%x"_w, hr);
+        return false;
+    }
+    hr = HrQueryAllRows(table, nullptr, nullptr, nullptr, most, &rows);
+    if (FAILED(hr) || rows.get() == nullptr) {
+        failure << Vx::LogMsg("HrQueryAllRows failed (%x)"_w, hr);
+        return false;
+    }
+    return true;
+}
+
 // Finds the section of the provider behind the Exchange store of that name: step by step from the session to the first
 // Exchange service, to its providers, to the one with the name.
 class ProviderSection {
@@ -170,22 +192,7 @@ bool ProviderSection::ReadProviderRows() {
         return false;
     }
     static constexpr auto kColumns = MakeTagArray(PR_RESOURCE_TYPE, PR_DISPLAY_NAME_A, PR_PROVIDER_UID);
-    hr = table->SetColumns(kColumns, 0);
-    if (FAILED(hr)) {
-        VX_LOG('E') << Vx::LogMsg("SetColumns failed. hr = 0x%x"_w, hr);
-        return false;
-    }
-    hr = table->SeekRow(BOOKMARK_BEGINNING, 0, nullptr);
-    if (FAILED(hr)) {
-        VX_LOG('E') << Vx::LogMsg("SeekRow failed. hr = 0x%x"_w, hr);
-        return false;
-    }
-    hr = HrQueryAllRows(table, nullptr, nullptr, nullptr, 0, &m_rows);
-    if (FAILED(hr) || m_rows.get() == nullptr) {
-        VX_LOG('E') << Vx::LogMsg("HrQueryAllRows failed (%x)"_w, hr);
-        return false;
-    }
-    return true;
+    return ReadRowsWithoutWaiting(table, kColumns, 0, m_rows, VX_LOG('E'));
 }
 
 MAPIUID* ProviderSection::FindProvider() const {
@@ -299,22 +306,7 @@ std::optional<LONG> CVxOutlookProfile::ReadConfigFlags() {
 }
 
 bool CVxOutlookProfile::ReadStoreRows() {
-    HRESULT hr = m_lptblProfileStores->SetColumns(kStoreColumns, 0);
-    if (FAILED(hr)) {
-        VX_LOG('E') << Vx::LogMsg("SetColumns failed. hr = 0x%x"_w, hr);
-        return false;
-    }
-    hr = m_lptblProfileStores->SeekRow(BOOKMARK_BEGINNING, 0, nullptr);
-    if (FAILED(hr)) {
-        VX_LOG('E') << Vx::LogMsg("SeekRow failed. hr = 0x%x"_w, hr);
-        return false;
-    }
-    hr = HrQueryAllRows(m_lptblProfileStores, nullptr, nullptr, nullptr, kMostStores, &m_storeRows);
-    if (FAILED(hr) || m_storeRows.get() == nullptr) {
-        VX_LOG('E') << Vx::LogMsg("HrQueryAllRows failed (%x)"_w, hr);
-        return false;
-    }
-    return true;
+    return ReadRowsWithoutWaiting(m_lptblProfileStores, kStoreColumns, kMostStores, m_storeRows, VX_LOG('E'));
 }
 
 void CVxOutlookProfile::AddStore(ULONG row, EVxStoreType type, std::optional<LONG> configFlags) {
@@ -398,12 +390,13 @@ void CVxOutlookProfile::OnDisconnect() {
     m_stores.clear();
     m_storeRows.release();
     m_lptblProfileStores.release();
-    if (m_session.get() != nullptr) {
-        KeepDirectory([this] {
+    // The session is given up whatever comes of the logoff, so that a destructor does not meet a fault once more.
+    const VxMapiPtr<IMAPISession> session(m_session.releasePointer());
+    if (session.get() != nullptr) {
+        KeepDirectory([&] {
             VX_LOG('D') << Vx::LogMsg("calling MAPILogoff"_w);
-            return m_session->Logoff(0, 0, 0);
+            return session->Logoff(0, 0, 0);
         });
-        m_session.release();
     }
 }
 
