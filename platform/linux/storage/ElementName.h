@@ -6,10 +6,6 @@
 
 namespace vx_storage {
 
-// One UTF-16 unit in upper case, the same in every locale: the pairs of the Latin, Greek, Cyrillic and Armenian
-// scripts and the enclosed and wide forms. Other units, surrogates among them, stay what they are.
-WCHAR UpperUnit(WCHAR unit) noexcept;
-
 // The order of a directory: shorter names first, names of one length by their units in upper case.
 struct NameLess {
     using is_transparent = void;

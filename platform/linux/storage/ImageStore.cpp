@@ -245,11 +245,15 @@ HRESULT PathStore::Replace(const ImageLayout& layout, const std::shared_ptr<Comp
         Remember();
         return hr;
     };
-    if (m_isNew) {
-        const HRESULT hr = inPlace();
-        m_isNew = FAILED(hr);
+    const bool hadNothing = m_isOurs && (m_isNew || (m_holdsNothing && !keepOld));
+    if (hadNothing) {
+        const HRESULT hr = ImageStore::Replace(layout, nullptr, false, durability, reader);
+        Remember();
+        m_isNew = m_isNew && FAILED(hr);
+        m_holdsNothing = FAILED(hr) || layout.nodes.size() == 1;
         return hr;
     }
+    m_holdsNothing = false;
     std::filesystem::path beside;
     std::shared_ptr<FileBytes> file;
     HRESULT hr = FileBytes::CreateIn(m_path.parent_path(), ".vx-", m_claim, beside, file);

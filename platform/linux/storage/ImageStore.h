@@ -51,6 +51,7 @@ public:
 // A file, replaced by writing another one beside it and renaming that; where the folder does not take one, in place. What
 // an existing file gets is on the disk when Replace returns, if that is asked for. A file that was made here is left to
 // the system's cache: before it was finished there was nothing to lose, and waiting for the disk costs more than writing.
+// What takes the place of the empty image that it began with is written in place.
 class PathStore final : public ImageStore {
 public:
     // Opens an existing file. The codes of FileBytes::Open.
@@ -86,6 +87,7 @@ private:
     std::shared_ptr<FileBytes> m_file;  // the same object as m_bytes
     struct stat m_known = {};           // of the file, when it was opened or replaced here
     const bool m_isOurs;                // made here
+    bool m_holdsNothing = false;        // its image is that of an empty root
     bool m_isNew;
     bool m_deleteAtClose = false;
 };

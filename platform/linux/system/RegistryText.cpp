@@ -1,11 +1,10 @@
 #include "platform/linux/system/RegistryText.h"
 
 #include "platform/Registry.h"
+#include "platform/linux/UpperCase.h"
 #include "platform/linux/system/Utf8.h"
 
 #include <algorithm>
-#include <clocale>
-#include <cwctype>
 #include <iterator>
 #include <optional>
 #include <utility>
@@ -319,17 +318,8 @@ CStringW Decode(std::string_view bytes) {
 }  // namespace
 
 CStringW FoldCase(WideView name) {
-    // The C library's own tables of Unicode, whatever locale the program runs in. Without them only ASCII folds.
-    static const locale_t unicode = ::newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
     CStringW folded(name);
-    for (WCHAR& unit : folded) {
-        if (unit < 0x80) {
-            unit = static_cast<WCHAR>(unit >= 'a' && unit <= 'z' ? unit - ('a' - 'A') : unit);
-        } else if (unicode != nullptr) {
-            const wint_t upper = ::towupper_l(unit, unicode);
-            unit = upper <= 0xFFFF ? static_cast<WCHAR>(upper) : unit;
-        }
-    }
+    std::ranges::transform(folded, folded.begin(), vx_linux::UpperUnit);
     return folded;
 }
 

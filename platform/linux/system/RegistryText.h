@@ -34,7 +34,7 @@ struct RegistryKey {
     std::map<CStringW, std::unique_ptr<RegistryKey>> keys;
 };
 
-// The form in which names that differ only in case are equal: simple upper-casing, unit by unit.
+// The form in which names that differ only in case are equal: upper case, unit by unit.
 [[nodiscard]] CStringW FoldCase(WideView name);
 
 // The tree that `bytes` describe. The result's keys are the roots that occur, by their long names
