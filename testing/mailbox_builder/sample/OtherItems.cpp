@@ -5,6 +5,7 @@
 #include "testing/mailbox_builder/items/Attachments.h"
 #include "testing/mailbox_builder/items/Bodies.h"
 #include "testing/mailbox_builder/items/Dates.h"
+#include "testing/mailbox_builder/items/Naming.h"
 #include "testing/mailbox_builder/items/Task.h"
 #include "testing/mailbox_builder/items/Wording.h"
 #include "testing/mailbox_builder/sample/Parts.h"
@@ -107,6 +108,7 @@ void DescribeNotes(Tree& tree) {
     marked.codePage = 932;
     marked.properties.Set(PR_MESSAGE_CODEPAGE, 932);
     SetCategories(marked.properties, {Wide("Shopping")});
+    Set(marked.properties, PidLidContactLinkName, Wide("Priya Raman"));
     tree.At(Wide("Notes")).messages.push_back(std::move(marked));
     tree.At(Wide("Notes")).messages.push_back(MakeNote({.text = {}, .created = At(2025, 4, 5)}));
 }

@@ -560,6 +560,16 @@ int ItemTypeOf(const Message& message) {
     return -1;
 }
 
+std::vector<std::string> ComparedKeys() {
+    std::vector<std::string> keys;
+    for (const int type : {1, 3, 6, 7, 14}) {
+        for (const FieldRow& row : FieldsOf(type)) {
+            keys.emplace_back(row.key);
+        }
+    }
+    return keys;
+}
+
 void CompareRecord(const Value& record, const Message& message, bool isEmbedded, const std::string& where,
                    std::vector<std::string>& differences) {
     Comparison fields(record, where, differences);

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <map>
+#include <set>
 
 namespace vx_testing {
 namespace {
@@ -23,7 +24,14 @@ protected:
     void Compare(const Value& uri, const Message& message, bool isEmbedded, const std::string& where) {
         ++counted[ItemTypeOf(message)];
         embedded += isEmbedded ? 1 : 0;
-        CompareRecord(DataOf(uri, kPlain), message, isEmbedded, where, differences);
+        const Value record = DataOf(uri, kPlain);
+        CompareRecord(record, message, isEmbedded, where, differences);
+        for (const std::string& key : ComparedKeys()) {
+            const Value& value = Get(record, key);
+            if (value.Integer() != 0 || value.Boolean() || value.Real() != 0 || !value.String().empty()) {
+                seen.insert(key);
+            }
+        }
         Value attachments;
         std::int32_t reserved = -1;
         host->QueryAttachments(uri, attachments, reserved);
@@ -44,6 +52,7 @@ protected:
     std::vector<std::string> differences;
     std::map<int, std::size_t> counted;
     std::size_t embedded = 0;
+    std::set<std::string> seen;  // keys that had a value which says something
 };
 
 TEST_P(Records, SayWhatWasWritten) {
@@ -59,6 +68,9 @@ TEST_P(Records, SayWhatWasWritten) {
         EXPECT_GT(counted[type], 3U) << type;
     }
     EXPECT_GT(embedded, 5U);
+    for (const std::string& key : ComparedKeys()) {
+        EXPECT_TRUE(seen.contains(key)) << key << " never had a value";
+    }
     EXPECT_GT(unsupported, 0U);
 }
 
