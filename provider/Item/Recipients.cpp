@@ -2,7 +2,7 @@
 
 #include "mapi/MapiFlags.h"
 #include "mapi/PropTags.h"
-#include "provider/Item/AsciiCase.h"
+#include "provider/Common/AsciiCase.h"
 #include "provider/MapiHolders.h"
 #include "provider/RowValues.h"
 

@@ -10,7 +10,7 @@
 #include "provider/Common/FileTimeHelpers.h"
 #include "provider/Common/Log.h"
 #include "provider/ImportProcs.h"
-#include "provider/Item/AsciiCase.h"
+#include "provider/Common/AsciiCase.h"
 #include "provider/Item/VxCalendarItem.h"
 #include "provider/Item/VxContact.h"
 #include "provider/Item/VxEmailItem.h"

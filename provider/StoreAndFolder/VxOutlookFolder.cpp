@@ -4,6 +4,7 @@
 #include "mapi/MapiFlags.h"
 #include "mapi/MapiGuids.h"
 #include "mapi/PropTags.h"
+#include "provider/Common/AsciiCase.h"
 #include "provider/Common/FileTimeHelpers.h"
 #include "provider/Common/Log.h"
 #include "provider/Item/VxItem.h"
@@ -39,9 +40,7 @@ const WCHAR* BoolText(bool value) noexcept {
 }
 
 CStringW LowerAscii(CStringW text) {
-    std::transform(text.begin(), text.end(), text.begin(), [](WCHAR unit) {
-        return unit >= 'A' && unit <= 'Z' ? static_cast<WCHAR>(unit + ('a' - 'A')) : unit;
-    });
+    MakeLowerAscii(text);
     return text;
 }
 
@@ -467,7 +466,9 @@ bool CVxOutlookFolder::GetNumberOfRows(IMAPITable* table, const FILETIME& start,
         *after = total - range.last - 1;
         return true;
     }
-    if (!Bounds(table, FTZero(), start, range)) {
+    // Nothing is before the beginning of time; asking would take the zero for an open end.
+    range = {};
+    if (!IsZero(start) && !Bounds(table, FTZero(), start, range)) {
         return false;
     }
     *before = range.first != -1 ? range.last + 1 : 0;

@@ -287,6 +287,7 @@ TEST_F(FolderTest, CountsAroundATimeRangeWithoutMovingTheCursor) {
         {"the end does not count", 20, 40, 1, 2, 7},
         {"between two rows", 41, 49, 4, 0, 6},
         {"before all", 1, 10, 0, 0, 10},
+        {"before all, from the beginning of time", 0, 10, 0, 0, 10},
         {"behind all", 101, 200, 10, 0, 0},
         {"the last", 100, 0, 9, 1, 0},
         {"one row", 50, 51, 4, 1, 5},
