@@ -53,8 +53,13 @@ function(vx_test name)
       set_tests_properties(${name} PROPERTIES RESOURCE_LOCK "${CMAKE_MATCH_1}")
     endif()
   else()
-    gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST TEST_PREFIX "${name}: "
-      PROPERTIES ENVIRONMENT "${ARG_ENVIRONMENT}")
+    # As a command before the program: gtest_discover_tests takes properties apart at semicolons, so that only the first
+    # variable of a list would arrive.
+    if(ARG_ENVIRONMENT)
+      set_target_properties(${name} PROPERTIES
+        CROSSCOMPILING_EMULATOR "${CMAKE_COMMAND};-E;env;${ARG_ENVIRONMENT}")
+    endif()
+    gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST TEST_PREFIX "${name}: ")
   endif()
 endfunction()
 

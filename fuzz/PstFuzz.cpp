@@ -24,11 +24,12 @@ public:
     explicit Reading(Store& store) : m_store(store) {}
 
     std::uint64_t Run() {
-        for (const NamedProperties::Entry& entry : m_store.Names().Entries()) {
-            const auto id = m_store.Names().Find(entry.name);
-            if (!id || m_store.Names().NameOf(*id) == nullptr || !(*m_store.Names().NameOf(*id) == entry.name)) {
+        int last = kFirstNamedId - 1;
+        for (const NamedId& named : m_store.LoadNames()) {
+            if (named.id <= last || named.id > kLastNamedId || (!named.name.text.empty() && !named.name.isText)) {
                 std::abort();
             }
+            last = named.id;
         }
         m_store.WalkFolders(Store::kRootFolder, SearchFolders::Include, [this](Folder& folder, unsigned depth) {
             Add(folder.Id().value + depth);

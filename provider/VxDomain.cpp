@@ -124,7 +124,12 @@ CVxDomain::ProfileList::iterator CVxDomain::FindProfile(const CStringW& name) {
 
 CVxOutlookProfile* CVxDomain::GetProfile(const CStringW& name) {
     const ScopedCriticalSection held(&m_lock);
-    if (const auto known = FindProfile(name); known != m_profiles.end()) {
+    auto known = FindProfile(name);
+    if (known == m_profiles.end() && !IsConnected()) {
+        EnsureConnected();  // reads the list anew
+        known = FindProfile(name);
+    }
+    if (known != m_profiles.end()) {
         return known->get();
     }
     auto profile = std::make_unique<CVxOutlookProfile>(this, name);

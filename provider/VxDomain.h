@@ -46,8 +46,8 @@ public:
     // Where temporary files go: the parameters' folder, else the system's. Of the process, set by its latest domain.
     static CStringW GetTempFolder();
 
-    // The profile of exactly that name, connected or not. One that is not in the list is tried: it joins the list when
-    // it can be connected. Null otherwise. Takes the lock.
+    // The profile of exactly that name, connected or not. One that is not in the list, which a domain that is not
+    // connected reads first, is tried: it joins the list when it can be connected. Null otherwise. Takes the lock.
     CVxOutlookProfile* GetProfile(const CStringW& name);
 
     // Adds a profile that is not connected, unless there is one of that name.

@@ -111,7 +111,7 @@ HRESULT CVxMapiEngine::VisitSystemProfiles(const ProfileVisitor& visit) {
     }
     VxMapiPtr<IMAPITable> table;
     hr = admin->GetProfileTable(0, &table);
-    if (FAILED(hr)) {
+    if (FAILED(hr) || table.get() == nullptr) {
         VX_LOG('E') << Vx::LogMsg("GetProfileTable failed (%x)"_w, hr);
         return hr;
     }

@@ -45,7 +45,7 @@ public:
 
     // Calls `visit` with the name and the default mark of each of the system's profiles, in the order of MAPI's table,
     // until it gives false. Names are logged as they come. S_OK too when there are none, or when MAPI gives no
-    // administration object; otherwise the failure, which is logged.
+    // administration object or table; otherwise the failure, which is logged.
     using ProfileVisitor = std::function<bool(const CStringW& name, bool isDefault)>;
     static HRESULT VisitSystemProfiles(const ProfileVisitor& visit);
 

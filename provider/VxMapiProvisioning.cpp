@@ -59,19 +59,19 @@ HRESULT ConfigureService(IMsgServiceAdmin* services, MAPIUID* service, ULONG_PTR
     return KeepDirectory([&] { return services->ConfigureMsgService(service, window, flags, count, properties); });
 }
 
-// Whether the profile, when it lets us log on, lists an Exchange service. A refused logon says nothing against it: the
-// account may ask for a password at the first real use.
-bool SessionHasExchange(LPTSTR profileName) {
+bool TryLogon(const CStringW& profileName, VxMapiPtr<IMAPISession>& session) {
+    const VxArrayPtr<char> name = WLStr::ToAscii(profileName.c_str());
     char noPassword[] = "";
-    VxMapiPtr<IMAPISession> session;
-    HRESULT hr = MAPILogonEx(reinterpret_cast<ULONG_PTR>(GetActiveWindow()), profileName, AsText(noPassword),
-                             MAPI_NO_MAIL | MAPI_NEW_SESSION, &session);
-    if (FAILED(hr) || session.get() == nullptr) {
-        return true;
-    }
-    VX_LOG('I') << Vx::LogMsg("MapiLogonEx success!"_w);
+    const HRESULT hr = KeepDirectory([&] {
+        return MAPILogonEx(reinterpret_cast<ULONG_PTR>(GetActiveWindow()), AsText(name), AsText(noPassword),
+                           MAPI_NO_MAIL | MAPI_NEW_SESSION, &session);
+    });
+    return SUCCEEDED(hr) && session.get() != nullptr;
+}
+
+bool SessionHasExchange(IMAPISession* session) {
     VxMapiPtr<IMsgServiceAdmin> services;
-    hr = session->AdminServices(0, &services);
+    const HRESULT hr = session->AdminServices(0, &services);
     if (FAILED(hr) || services.get() == nullptr) {
         VX_LOG('E') << Vx::LogMsg("IMAPISession/AdminServices failed (%x)"_w, hr);
         return false;
@@ -266,10 +266,14 @@ bool CVxMapiEngine::AddExchangeToProfile(const CStringW& profileName, const CStr
     }
     VX_LOG('D') << Vx::LogMsg("Added Exchange Server OK."_w);
 
-    rows.release();
+    VxMapiPtr<IMAPISession> session;
+    if (!TryLogon(profileName, session)) {
+        return true;  // says nothing against the service: the account may ask for a password at its first real use
+    }
+    VX_LOG('I') << Vx::LogMsg("MapiLogonEx success!"_w);
     services.release();
-    const VxArrayPtr<char> name = WLStr::ToAscii(profileName.c_str());
-    return SessionHasExchange(AsText(name));
+    rows.release();
+    return SessionHasExchange(session);
 }
 
 bool CVxMapiEngine::AddDelegateToProfile(const CStringW& profileName, const CStringW& storeName,

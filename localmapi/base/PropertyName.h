@@ -8,6 +8,10 @@
 
 namespace localmapi {
 
+// Ids from the first on are named ones; the last is the last that a property may have.
+inline constexpr std::uint16_t kFirstNamedId = 0x8000;
+inline constexpr std::uint16_t kLastNamedId = 0xFFFE;
+
 // A set, and within it a number or a text. Text is compared exactly.
 struct PropertyName {
     GUID set{};
@@ -18,6 +22,11 @@ struct PropertyName {
     bool operator==(const PropertyName& other) const noexcept {
         return set == other.set && isText == other.isText && number == other.number && text == other.text;
     }
+};
+
+struct NamedId {
+    std::uint16_t id;
+    PropertyName name;
 };
 
 }  // namespace localmapi

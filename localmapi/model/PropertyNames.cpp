@@ -38,10 +38,10 @@ std::optional<std::uint16_t> PropertyNames::FindOrAdd(const PropertyName& name) 
     if (const auto known = Find(name)) {
         return known;
     }
-    while (m_nextId <= kLastId && m_byId.contains(m_nextId)) {
+    while (m_nextId <= kLastNamedId && m_byId.contains(m_nextId)) {
         ++m_nextId;
     }
-    if (m_nextId > kLastId) {
+    if (m_nextId > kLastNamedId) {
         return std::nullopt;
     }
     const std::uint16_t id = m_nextId++;

@@ -15,15 +15,6 @@ namespace localmapi {
 
 class PropertyNames {
 public:
-    // Ids from here on are named ones; kLastId is the last that a property may have.
-    static constexpr std::uint16_t kFirstId = 0x8000;
-    static constexpr std::uint16_t kLastId = 0xFFFE;
-
-    struct Entry {
-        std::uint16_t id;
-        PropertyName name;
-    };
-
     // Takes a name that a file has for an id. Of two for one id, and of two ids for one name, the first holds for
     // finding; false then.
     bool Insert(std::uint16_t id, PropertyName name);
@@ -35,17 +26,17 @@ public:
     std::optional<std::uint16_t> FindOrAdd(const PropertyName& name);
 
     // In the order in which they came.
-    std::span<const Entry> Entries() const noexcept { return m_entries; }
+    std::span<const NamedId> Entries() const noexcept { return m_entries; }
 
 private:
     struct Hash {
         std::size_t operator()(const PropertyName& name) const noexcept;
     };
 
-    std::vector<Entry> m_entries;
+    std::vector<NamedId> m_entries;
     std::unordered_map<std::uint16_t, std::size_t> m_byId;  // indexes of m_entries
     std::unordered_map<PropertyName, std::uint16_t, Hash> m_byName;
-    std::uint16_t m_nextId = kFirstId;
+    std::uint16_t m_nextId = kFirstNamedId;
 };
 
 }  // namespace localmapi

@@ -125,7 +125,7 @@ std::unordered_map<ULONG, ULONG> TargetIds(PropCore& from, const std::vector<ULO
     std::vector<ULONG> ids;
     for (const ULONG tag : tags) {
         const PropertyName* name = from.Names().NameOf(static_cast<std::uint16_t>(PROP_ID(tag)));
-        if (PROP_ID(tag) < PropertyNames::kFirstId || name == nullptr) {
+        if (PROP_ID(tag) < kFirstNamedId || name == nullptr) {
             continue;
         }
         MAPINAMEID given{};
@@ -218,7 +218,7 @@ HRESULT CopyValues(PropCore& from, const CopyRequest& request, IMAPIProp& to, Co
     ValueCopier copier(from, to, problems);
     for (const ULONG tag : tags) {
         ULONG targetTag = tag;
-        if (PROP_ID(tag) >= PropertyNames::kFirstId) {
+        if (PROP_ID(tag) >= kFirstNamedId) {
             const auto found = targetIds.find(PROP_ID(tag));
             if (found == targetIds.end()) {
                 continue;  // an id without a name means nothing in another object

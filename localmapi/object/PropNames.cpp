@@ -42,7 +42,7 @@ bool IsWanted(const PropertyName& name, const GUID* set, ULONG flags) {
 // The ids that a caller without a list of its own gets the names of.
 std::vector<ULONG> TagsOfNames(const PropertyNames& names, const GUID* set, ULONG flags) {
     std::vector<ULONG> tags;
-    for (const PropertyNames::Entry& entry : names.Entries()) {
+    for (const NamedId& entry : names.Entries()) {
         if (IsWanted(entry.name, set, flags)) {
             tags.push_back(PROP_TAG(PT_UNSPECIFIED, entry.id));
         }
@@ -89,7 +89,7 @@ HRESULT PropCore::GetNamesFromIDs(SPropTagArray** tags, const GUID* set, ULONG f
         const ULONG id = PROP_ID(asked[i]);
         const PropertyName fixed = FixedName(id);
         const PropertyName* name =
-            id < PropertyNames::kFirstId ? &fixed : m_names->NameOf(static_cast<std::uint16_t>(id));
+            id < kFirstNamedId ? &fixed : m_names->NameOf(static_cast<std::uint16_t>(id));
         const bool isGiven = name != nullptr && IsWanted(*name, set, flags);
         array.get()[i] = isGiven ? GiveName(*name, memory) : nullptr;
         result = isGiven ? result : MAPI_W_ERRORS_RETURNED;

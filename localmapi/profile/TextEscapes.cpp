@@ -63,7 +63,11 @@ public:
             if (stop == std::string_view::npos) {
                 return Refuse("the text's closing quotation mark is missing");
             }
-            if (stop > m_at && !plain(m_text.substr(m_at, stop - m_at))) {
+            const std::string_view run = m_text.substr(m_at, stop - m_at);
+            if (run.find('\0') != std::string_view::npos) {
+                return Refuse(kHoldsZero);
+            }
+            if (!run.empty() && !plain(run)) {
                 return Refuse("the text is not UTF-8");
             }
             m_at = stop + 1;
@@ -77,6 +81,8 @@ public:
     }
 
 private:
+    static constexpr std::string_view kHoldsZero = "a text cannot hold a zero";
+
     template <class OnUnit, class OnByte>
     bool ReadEscape(OnUnit unit, OnByte byte) {
         const char letter = m_at < m_text.size() ? m_text[m_at++] : '\0';
@@ -96,7 +102,7 @@ private:
             number = number << 8 | std::to_integer<unsigned>(part);
         }
         if (number == 0) {
-            return Refuse("a text cannot hold a zero");
+            return Refuse(kHoldsZero);
         }
         if (letter == 'u') {
             unit(static_cast<WCHAR>(number));

@@ -52,6 +52,7 @@ bool CVxOutlookStore::MapiConnect() {
     if (m_storeType == eVxStorePst) {
         LPMDB unwrapped = nullptr;
         if (SUCCEEDED(CMapiUtil::HrUnWrapMDB(m_store, &unwrapped)) && unwrapped != nullptr) {
+            m_store.release();  // even if it is the same one: each has a reference of its own
             m_store.reset(unwrapped);
         }
     }

@@ -291,8 +291,8 @@ CVxOutlookFolder* CVxOutlookStore::AddFolderAndParents(const CStringW& id, const
             return nullptr;
         } else {
             VX_LOG('W') << Vx::LogMsg("Fail to get parent folder. ParentEID %s"_w, properties.parentId);
-            VX_LOG('I') << Vx::LogMsg("current: Folder without parent tag: eid %s path %s store %s"_w, properties.id,
-                                      properties.urlName, m_entryId);
+            VX_LOG('I') << Vx::LogMsg("current: Folder without parent tag: eid %s path %s store %s"_w,
+                                      asked[missing.size() - 1], properties.urlName, m_entryId);
         }
         above = add(properties, path);
     }

@@ -31,15 +31,6 @@ auto FindByUid(std::vector<std::shared_ptr<Model>>& models, ULONG tag, const MAP
                         [&](const auto& model) { return model->row.BytesOf(tag) == BytesOf(*uid); });
 }
 
-template <typename Model>
-IMAPITable* TableOfRows(const std::shared_ptr<Context>& context, const std::vector<std::shared_ptr<Model>>& models) {
-    std::vector<Bag> rows;
-    for (const auto& model : models) {
-        rows.push_back(model->row);
-    }
-    return NewTable(context, std::move(rows));
-}
-
 class ProfSect final : public PropObject<StubProfSect> {
 public:
     ProfSect(const std::shared_ptr<Context>& context, std::shared_ptr<Bag> bag)
@@ -48,19 +39,13 @@ public:
 
 class ProviderAdmin final : public Object<StubProviderAdmin> {
 public:
-    ProviderAdmin(std::shared_ptr<Context> context, std::shared_ptr<ProfileModel> profile,
+    ProviderAdmin(const std::shared_ptr<Context>& context, std::shared_ptr<ProfileModel> profile,
                   std::shared_ptr<ServiceModel> service)
-        : Object(std::shared_ptr<Script>(context, &context->script)),
-          m_context(std::move(context)),
-          m_profile(std::move(profile)),
-          m_service(std::move(service)) {}
+        : Object(context), m_profile(std::move(profile)), m_service(std::move(service)) {}
 
     HRESULT STDMETHODCALLTYPE GetProviderTable(ULONG flags, LPMAPITABLE* table) override {
-        if (const auto answer = Enter("IProviderAdmin::GetProviderTable", Hex8(flags))) {
-            return *answer;
-        }
-        *table = TableOfRows(m_context, m_service->providers);
-        return S_OK;
+        return GiveTable("IProviderAdmin::GetProviderTable", flags, RowsOf(m_service->providers, &ProviderModel::row),
+                         table);
     }
     HRESULT STDMETHODCALLTYPE CreateProvider(LPTSTR name, ULONG count, LPSPropValue properties, ULONG_PTR window,
                                              ULONG flags, MAPIUID* uid) override {
@@ -72,7 +57,7 @@ public:
         for (ULONG i = 0; i < count; ++i) {
             provider->section.Set(CopyOf(properties[i]));
         }
-        *uid = m_context->NewUid();
+        *uid = GetContext()->NewUid();
         provider->row = {
             Binary(PR_PROVIDER_UID, BytesOf(*uid)),
             WideText(PR_DISPLAY_NAME_W, std::get<CStringW>(provider->section.Read(PR_DISPLAY_NAME_W).data)),
@@ -96,28 +81,22 @@ public:
                 Enter("IProviderAdmin::OpenProfileSection", UidText(uid), InterfaceName(iid), Hex8(flags))) {
             return *answer;
         }
-        return OpenSection(m_context, m_profile, uid, section);
+        return OpenSection(GetContext(), m_profile, uid, section);
     }
 
 private:
-    std::shared_ptr<Context> m_context;
     std::shared_ptr<ProfileModel> m_profile;
     std::shared_ptr<ServiceModel> m_service;
 };
 
 class ServiceAdmin final : public Object<StubMsgServiceAdmin> {
 public:
-    ServiceAdmin(std::shared_ptr<Context> context, std::shared_ptr<ProfileModel> profile)
-        : Object(std::shared_ptr<Script>(context, &context->script)),
-          m_context(std::move(context)),
-          m_profile(std::move(profile)) {}
+    ServiceAdmin(const std::shared_ptr<Context>& context, std::shared_ptr<ProfileModel> profile)
+        : Object(context), m_profile(std::move(profile)) {}
 
     HRESULT STDMETHODCALLTYPE GetMsgServiceTable(ULONG flags, LPMAPITABLE* table) override {
-        if (const auto answer = Enter("IMsgServiceAdmin::GetMsgServiceTable", Hex8(flags))) {
-            return *answer;
-        }
-        *table = TableOfRows(m_context, m_profile->services);
-        return S_OK;
+        return GiveTable("IMsgServiceAdmin::GetMsgServiceTable", flags, RowsOf(m_profile->services, &ServiceModel::row),
+                         table);
     }
     HRESULT STDMETHODCALLTYPE CreateMsgService(LPTSTR service, LPTSTR displayName, ULONG_PTR window,
                                                ULONG flags) override {
@@ -125,7 +104,7 @@ public:
                                       window, Hex8(flags))) {
             return *answer;
         }
-        AddService(*m_profile, AnsiText(service), m_context->NewUid().ab[0])
+        AddService(*m_profile, AnsiText(service), GetContext()->NewUid().ab[0])
             ->row.Set(Text(PR_DISPLAY_NAME_W, AnsiText(displayName)));
         return S_OK;
     }
@@ -165,41 +144,35 @@ public:
         if (found == m_profile->services.end()) {
             return MAPI_E_NOT_FOUND;
         }
-        *providers = new ProviderAdmin(m_context, m_profile, *found);
+        *providers = new ProviderAdmin(GetContext(), m_profile, *found);
         return S_OK;
     }
 
 private:
-    std::shared_ptr<Context> m_context;
     std::shared_ptr<ProfileModel> m_profile;
 };
 
 class ProfAdmin final : public Object<StubProfAdmin> {
 public:
-    explicit ProfAdmin(std::shared_ptr<Context> context)
-        : Object(std::shared_ptr<Script>(context, &context->script)), m_context(std::move(context)) {}
+    using Object::Object;
 
     HRESULT STDMETHODCALLTYPE GetProfileTable(ULONG flags, LPMAPITABLE* table) override {
-        if (const auto answer = Enter("IProfAdmin::GetProfileTable", Hex8(flags))) {
-            return *answer;
-        }
         std::vector<Bag> rows;
-        for (const auto& profile : m_context->profiles) {
+        for (const auto& profile : GetContext()->profiles) {
             rows.push_back({Text(PR_DISPLAY_NAME_A, profile->name), Flag(PR_DEFAULT_PROFILE, profile->isDefault)});
         }
-        *table = NewTable(m_context, std::move(rows));
-        return S_OK;
+        return GiveTable("IProfAdmin::GetProfileTable", flags, std::move(rows), table);
     }
     HRESULT STDMETHODCALLTYPE CreateProfile(LPTSTR name, LPTSTR password, ULONG_PTR window, ULONG flags) override {
         if (const auto answer =
                 Enter("IProfAdmin::CreateProfile", AnsiText(name), AnsiText(password), window, Hex8(flags))) {
             return *answer;
         }
-        if (m_context->FindProfile(AnsiText(name)) != nullptr) {
+        if (GetContext()->FindProfile(AnsiText(name)) != nullptr) {
             return MAPI_E_NO_ACCESS;
         }
-        m_context->profiles.push_back(std::make_shared<ProfileModel>());
-        m_context->profiles.back()->name = AnsiText(name);
+        GetContext()->profiles.push_back(std::make_shared<ProfileModel>());
+        GetContext()->profiles.back()->name = AnsiText(name);
         return S_OK;
     }
     HRESULT STDMETHODCALLTYPE DeleteProfile(LPTSTR name, ULONG flags) override {
@@ -207,7 +180,7 @@ public:
             return *answer;
         }
         const auto removed =
-            std::erase_if(m_context->profiles, [&](const auto& profile) { return profile->name == AnsiText(name); });
+            std::erase_if(GetContext()->profiles, [&](const auto& profile) { return profile->name == AnsiText(name); });
         return removed != 0 ? S_OK : MAPI_E_NOT_FOUND;
     }
     HRESULT STDMETHODCALLTYPE AdminServices(LPTSTR name, LPTSTR password, ULONG_PTR window, ULONG flags,
@@ -216,16 +189,13 @@ public:
                 Enter("IProfAdmin::AdminServices", AnsiText(name), AnsiText(password), window, Hex8(flags))) {
             return *answer;
         }
-        auto profile = m_context->FindProfile(AnsiText(name));
+        auto profile = GetContext()->FindProfile(AnsiText(name));
         if (profile == nullptr) {
             return MAPI_E_NOT_FOUND;
         }
-        *services = NewServiceAdmin(m_context, std::move(profile));
+        *services = NewServiceAdmin(GetContext(), std::move(profile));
         return S_OK;
     }
-
-private:
-    std::shared_ptr<Context> m_context;
 };
 
 }  // namespace

@@ -12,7 +12,7 @@ namespace {
 
 class ByteStream final : public Object<vx_testing::StubStream> {
 public:
-    ByteStream(std::shared_ptr<Script> script, Bytes bytes) : Object(std::move(script)), m_bytes(std::move(bytes)) {}
+    ByteStream(const std::shared_ptr<Context>& context, Bytes bytes) : Object(context), m_bytes(std::move(bytes)) {}
 
     HRESULT STDMETHODCALLTYPE Read(void* buffer, ULONG size, ULONG* read) override {
         if (const auto answer = Enter("IStream::Read", size)) {
@@ -60,7 +60,7 @@ private:
 }  // namespace
 
 IUnknown* NewStream(const std::shared_ptr<Context>& context, Bytes bytes) {
-    return new ByteStream(std::shared_ptr<Script>(context, &context->script), std::move(bytes));
+    return new ByteStream(context, std::move(bytes));
 }
 
 HRESULT ReadProps(const Bag& bag, const SPropTagArray* tags, ULONG flags, ULONG* count, LPSPropValue* properties) {

@@ -24,10 +24,7 @@ class PropObject : public Object<Stub> {
 public:
     // `name` is the interface's; `bag` shares the model's data.
     PropObject(std::shared_ptr<Context> context, const char* name, std::shared_ptr<Bag> bag)
-        : Object<Stub>(std::shared_ptr<Script>(context, &context->script)),
-          m_context(std::move(context)),
-          m_name(name),
-          m_bag(std::move(bag)) {}
+        : Object<Stub>(std::move(context)), m_name(name), m_bag(std::move(bag)) {}
 
     HRESULT STDMETHODCALLTYPE GetLastError(HRESULT result, ULONG, LPMAPIERROR* error) override {
         return DescribeError(result, error);
@@ -60,7 +57,7 @@ public:
         if (const auto answer = EnterMethod("GetIDsFromNames", NamesText(count, names), Hex8(flags))) {
             return *answer;
         }
-        return FindNamedIds(m_context->names, count, names, flags, tags);
+        return FindNamedIds(this->GetContext()->names, count, names, flags, tags);
     }
     HRESULT STDMETHODCALLTYPE OpenProperty(ULONG tag, LPCIID iid, ULONG options, ULONG flags,
                                            LPUNKNOWN* object) override {
@@ -75,18 +72,18 @@ protected:
 
     // What OpenProperty gives when no order answers.
     virtual HRESULT OpenObject(ULONG tag, const IID* iid, ULONG /*flags*/, IUnknown** object) {
-        return OpenAsStream(m_context, *m_bag, tag, iid, object);
+        return OpenAsStream(this->GetContext(), *m_bag, tag, iid, object);
     }
 
     template <typename... Arguments>
     std::optional<HRESULT> EnterMethod(const char* method, const Arguments&... arguments) {
         return this->Enter(m_name + "::" + method, arguments...);
     }
-
-    const std::shared_ptr<Context>& GetContext() const { return m_context; }
+    HRESULT GiveTableBy(const char* method, ULONG flags, std::vector<Bag> rows, IMAPITable** table) {
+        return this->GiveTable(m_name + "::" + method, flags, std::move(rows), table);
+    }
 
 private:
-    std::shared_ptr<Context> m_context;
     std::string m_name;
     std::shared_ptr<Bag> m_bag;
 };

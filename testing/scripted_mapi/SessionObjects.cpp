@@ -18,14 +18,6 @@ Bytes IdBytes(ULONG size, const ENTRYID* entryId) {
     return entryId == nullptr ? Bytes() : Bytes(bytes, bytes + size);
 }
 
-std::vector<Bag> ContainerRows(const ProfileModel& profile) {
-    std::vector<Bag> rows;
-    for (const auto& list : profile.addressLists) {
-        rows.push_back(list->row);
-    }
-    return rows;
-}
-
 class MailUser final : public PropObject<StubMailUser> {
 public:
     MailUser(const std::shared_ptr<Context>& context, std::shared_ptr<Bag> bag)
@@ -57,18 +49,10 @@ public:
           m_list(std::move(list)) {}
 
     HRESULT STDMETHODCALLTYPE GetHierarchyTable(ULONG flags, LPMAPITABLE* table) override {
-        if (const auto answer = EnterMethod("GetHierarchyTable", Hex8(flags))) {
-            return *answer;
-        }
-        *table = NewTable(GetContext(), ContainerRows(*m_profile));
-        return S_OK;
+        return GiveTableBy("GetHierarchyTable", flags, RowsOf(m_profile->addressLists, &AddressListModel::row), table);
     }
     HRESULT STDMETHODCALLTYPE GetContentsTable(ULONG flags, LPMAPITABLE* table) override {
-        if (const auto answer = EnterMethod("GetContentsTable", Hex8(flags))) {
-            return *answer;
-        }
-        *table = NewTable(GetContext(), m_list->entries);
-        return S_OK;
+        return GiveTableBy("GetContentsTable", flags, m_list->entries, table);
     }
     HRESULT STDMETHODCALLTYPE OpenEntry(ULONG size, LPENTRYID entryId, LPCIID iid, ULONG flags, ULONG* objectType,
                                         LPUNKNOWN* object) override {
@@ -119,24 +103,14 @@ private:
 
 class Session final : public Object<StubSession> {
 public:
-    Session(std::shared_ptr<Context> context, std::shared_ptr<ProfileModel> profile)
-        : Object(std::shared_ptr<Script>(context, &context->script)),
-          m_context(std::move(context)),
-          m_profile(std::move(profile)) {}
+    Session(const std::shared_ptr<Context>& context, std::shared_ptr<ProfileModel> profile)
+        : Object(context), m_profile(std::move(profile)) {}
 
     HRESULT STDMETHODCALLTYPE GetLastError(HRESULT result, ULONG, LPMAPIERROR* error) override {
         return DescribeError(result, error);
     }
     HRESULT STDMETHODCALLTYPE GetMsgStoresTable(ULONG flags, LPMAPITABLE* table) override {
-        if (const auto answer = Enter("IMAPISession::GetMsgStoresTable", Hex8(flags))) {
-            return *answer;
-        }
-        std::vector<Bag> rows;
-        for (const auto& store : m_profile->stores) {
-            rows.push_back(store->row);
-        }
-        *table = NewTable(m_context, std::move(rows));
-        return S_OK;
+        return GiveTable("IMAPISession::GetMsgStoresTable", flags, RowsOf(m_profile->stores, &StoreModel::row), table);
     }
     HRESULT STDMETHODCALLTYPE OpenMsgStore(ULONG_PTR window, ULONG size, LPENTRYID entryId, LPCIID iid, ULONG flags,
                                            LPMDB* opened) override {
@@ -146,7 +120,7 @@ public:
         }
         for (const auto& store : m_profile->stores) {
             if (store->row.BytesOf(PR_ENTRYID) == IdBytes(size, entryId)) {
-                *opened = NewStore(m_context, store);
+                *opened = NewStore(GetContext(), store);
                 return S_OK;
             }
         }
@@ -156,7 +130,7 @@ public:
         if (const auto answer = Enter("IMAPISession::OpenAddressBook", window, InterfaceName(iid), Hex8(flags))) {
             return *answer;
         }
-        *book = new AddrBook(m_context, m_profile);
+        *book = new AddrBook(GetContext(), m_profile);
         return S_OK;
     }
     HRESULT STDMETHODCALLTYPE OpenProfileSection(LPMAPIUID uid, LPCIID iid, ULONG flags, LPPROFSECT* section) override {
@@ -164,7 +138,7 @@ public:
                 Enter("IMAPISession::OpenProfileSection", UidText(uid), InterfaceName(iid), Hex8(flags))) {
             return *answer;
         }
-        return OpenSection(m_context, m_profile, uid, section);
+        return OpenSection(GetContext(), m_profile, uid, section);
     }
     HRESULT STDMETHODCALLTYPE OpenEntry(ULONG size, LPENTRYID entryId, LPCIID iid, ULONG flags, ULONG* objectType,
                                         LPUNKNOWN* object) override {
@@ -173,10 +147,10 @@ public:
             return *answer;
         }
         const Bytes id = IdBytes(size, entryId);
-        HRESULT hr = OpenMailUser(m_context, m_profile, id, objectType, object);
+        HRESULT hr = OpenMailUser(GetContext(), m_profile, id, objectType, object);
         for (const auto& store : m_profile->stores) {
             if (hr == MAPI_E_NOT_FOUND) {
-                hr = OpenStoreEntry(m_context, store, size, entryId, iid, objectType, object);
+                hr = OpenStoreEntry(GetContext(), store, size, entryId, iid, objectType, object);
             }
         }
         return hr;
@@ -188,12 +162,11 @@ public:
         if (const auto answer = Enter("IMAPISession::AdminServices", Hex8(flags))) {
             return *answer;
         }
-        *services = NewServiceAdmin(m_context, m_profile);
+        *services = NewServiceAdmin(GetContext(), m_profile);
         return S_OK;
     }
 
 private:
-    std::shared_ptr<Context> m_context;
     std::shared_ptr<ProfileModel> m_profile;
 };
 

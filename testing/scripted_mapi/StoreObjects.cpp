@@ -5,7 +5,6 @@
 #include "platform/Storage.h"
 #include "testing/StubAdminInterfaces.h"
 #include "testing/scripted_mapi/PropObject.h"
-#include "testing/scripted_mapi/Table.h"
 
 #include <cstring>
 
@@ -18,15 +17,6 @@ using namespace vx_testing;
 template <typename Model>
 std::shared_ptr<Bag> BagOf(const std::shared_ptr<Model>& model) {
     return std::shared_ptr<Bag>(model, &model->properties);
-}
-
-template <typename Model>
-std::vector<Bag> RowsOf(const std::vector<std::shared_ptr<Model>>& models) {
-    std::vector<Bag> rows;
-    for (const auto& model : models) {
-        rows.push_back(model->properties);
-    }
-    return rows;
 }
 
 bool HasId(const Bag& bag, const Bytes& id) {
@@ -84,18 +74,11 @@ public:
         : PropObject(context, "IMessage", BagOf(model)), m_model(std::move(model)) {}
 
     HRESULT STDMETHODCALLTYPE GetAttachmentTable(ULONG flags, LPMAPITABLE* table) override {
-        if (const auto answer = EnterMethod("GetAttachmentTable", Hex8(flags))) {
-            return *answer;
-        }
-        *table = NewTable(GetContext(), RowsOf(m_model->attachments));
-        return S_OK;
+        return GiveTableBy("GetAttachmentTable", flags, RowsOf(m_model->attachments, &AttachmentModel::properties),
+                           table);
     }
     HRESULT STDMETHODCALLTYPE GetRecipientTable(ULONG flags, LPMAPITABLE* table) override {
-        if (const auto answer = EnterMethod("GetRecipientTable", Hex8(flags))) {
-            return *answer;
-        }
-        *table = NewTable(GetContext(), m_model->recipients);
-        return S_OK;
+        return GiveTableBy("GetRecipientTable", flags, m_model->recipients, table);
     }
     HRESULT STDMETHODCALLTYPE OpenAttach(ULONG number, LPCIID iid, ULONG flags, LPATTACH* attachment) override {
         if (const auto answer = EnterMethod("OpenAttach", number, InterfaceName(iid), Hex8(flags))) {
@@ -131,18 +114,10 @@ public:
         : PropObject(context, "IMAPIFolder", BagOf(model)), m_store(std::move(store)), m_model(std::move(model)) {}
 
     HRESULT STDMETHODCALLTYPE GetContentsTable(ULONG flags, LPMAPITABLE* table) override {
-        if (const auto answer = EnterMethod("GetContentsTable", Hex8(flags))) {
-            return *answer;
-        }
-        *table = NewTable(GetContext(), RowsOf(m_model->messages));
-        return S_OK;
+        return GiveTableBy("GetContentsTable", flags, RowsOf(m_model->messages, &MessageModel::properties), table);
     }
     HRESULT STDMETHODCALLTYPE GetHierarchyTable(ULONG flags, LPMAPITABLE* table) override {
-        if (const auto answer = EnterMethod("GetHierarchyTable", Hex8(flags))) {
-            return *answer;
-        }
-        *table = NewTable(GetContext(), RowsOf(m_model->folders));
-        return S_OK;
+        return GiveTableBy("GetHierarchyTable", flags, RowsOf(m_model->folders, &FolderModel::properties), table);
     }
     HRESULT STDMETHODCALLTYPE OpenEntry(ULONG size, LPENTRYID entryId, LPCIID iid, ULONG flags, ULONG* objectType,
                                         LPUNKNOWN* object) override {
@@ -164,8 +139,7 @@ private:
 // The proxy in front of a store: it holds a second store object, and lends it.
 class StoreProxy final : public Object<StubUnknown<IProxyStoreObject>> {
 public:
-    StoreProxy(const std::shared_ptr<Context>& context, IMsgStore* inner)
-        : Object(std::shared_ptr<Script>(context, &context->script)), m_inner(inner) {}
+    StoreProxy(const std::shared_ptr<Context>& context, IMsgStore* inner) : Object(context), m_inner(inner) {}
     ~StoreProxy() override { m_inner->Release(); }
 
     HRESULT STDMETHODCALLTYPE PlaceHolder1() override { return E_NOTIMPL; }
@@ -248,10 +222,6 @@ IMAPIFolder* NewFolder(const std::shared_ptr<Context>& context, const std::share
 
 IMessage* NewMessage(const std::shared_ptr<Context>& context, const std::shared_ptr<MessageModel>& model) {
     return new Message(context, model);
-}
-
-IMAPITable* NewTable(const std::shared_ptr<Context>& context, std::vector<Bag> rows) {
-    return new Table(std::shared_ptr<Script>(context, &context->script), std::move(rows));
 }
 
 HRESULT OpenStoreEntry(const std::shared_ptr<Context>& context, const std::shared_ptr<StoreModel>& store, ULONG size,

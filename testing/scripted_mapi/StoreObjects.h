@@ -10,7 +10,6 @@ IMsgStore* NewStore(const std::shared_ptr<Context>& context, const std::shared_p
 IMAPIFolder* NewFolder(const std::shared_ptr<Context>& context, const std::shared_ptr<StoreModel>& store,
                        const std::shared_ptr<FolderModel>& model);
 IMessage* NewMessage(const std::shared_ptr<Context>& context, const std::shared_ptr<MessageModel>& model);
-IMAPITable* NewTable(const std::shared_ptr<Context>& context, std::vector<Bag> rows);
 
 // Opens the folder or message with that id, or long-term id; null opens the root. MAPI_E_NOT_FOUND for none, and
 // MAPI_E_INTERFACE_NOT_SUPPORTED for an interface that the object has not.

@@ -10,8 +10,12 @@
 
 namespace scripted_mapi {
 
-Table::Table(std::shared_ptr<Script> script, std::vector<Bag> rows)
-    : Object(std::move(script)), m_all(std::move(rows)), m_order(m_all.size()) {
+IMAPITable* NewTable(const std::shared_ptr<Context>& context, std::vector<Bag> rows) {
+    return new Table(context, std::move(rows));
+}
+
+Table::Table(const std::shared_ptr<Context>& context, std::vector<Bag> rows)
+    : Object(context), m_all(std::move(rows)), m_order(m_all.size()) {
     std::iota(m_order.begin(), m_order.end(), std::size_t{0});
     m_shown = m_order;
 }

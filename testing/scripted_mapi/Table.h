@@ -10,7 +10,7 @@ namespace scripted_mapi {
 class Table final : public Object<vx_testing::StubTable> {
 public:
     // Rows show all their own properties until columns are set.
-    Table(std::shared_ptr<Script> script, std::vector<Bag> rows);
+    Table(const std::shared_ptr<Context>& context, std::vector<Bag> rows);
 
     HRESULT STDMETHODCALLTYPE SetColumns(LPSPropTagArray columns, ULONG flags) override;
     HRESULT STDMETHODCALLTYPE GetRowCount(ULONG flags, ULONG* count) override;

@@ -58,15 +58,6 @@ std::optional<std::int64_t> Integer(PropertyValue& value) {
     return value.type == PropertyType::Boolean ? std::int64_t{bits != 0} : SignExtended(bits, size);
 }
 
-CStringW FromUtf16(ByteView bytes) {
-    CStringW text;
-    text.reserve(bytes.Size() / 2);
-    for (std::size_t at = 0; bytes.Has(at, 2) && bytes.U16(at) != 0; at += 2) {
-        text.push_back(static_cast<WCHAR>(bytes.U16(at)));
-    }
-    return text;
-}
-
 CStringW FromCodePage(ByteView bytes, UINT codePage) {
     const auto end = std::find(bytes.Span().begin(), bytes.Span().end(), std::byte{0});
     const std::size_t length =

@@ -3,6 +3,7 @@
 
 #include "localmapi/base/Bytes.h"
 #include "localmapi/base/Result.h"
+#include "localmapi/base/Utf16.h"
 #include "localmapi/pst/ltp/PropertyContext.h"
 #include "platform/WideText.h"
 
@@ -16,10 +17,6 @@ namespace localmapi::pst {
 // Boolean, ticks of 100 ns since 1601 of a Time, the bits of a floating-point number. Nothing for other types, and for
 // a value that is cut short or cannot be read.
 std::optional<std::int64_t> Integer(PropertyValue& value);
-
-// Code units from little-endian bytes, up to the first zero unit: a terminator that some writers store, or the end of
-// what is shown. Unpaired surrogates stay. An odd byte at the end is left out.
-CStringW FromUtf16(ByteView bytes);
 
 // Text from bytes of a code page, up to the first zero byte. Where the page is 1200 or cannot be converted: UTF-8 if the
 // bytes are valid UTF-8, else 1252. Never fails; what is no text becomes replacement characters.

@@ -2,6 +2,7 @@
 
 #include "localmapi/pst/ltp/Heap.h"
 #include "localmapi/pst/ltp/Values.h"
+#include "localmapi/pst/messaging/NamedProperties.h"
 #include "localmapi/pst/messaging/PropertyIds.h"
 #include "localmapi/pst/ndb/Checksum.h"
 
@@ -188,20 +189,15 @@ std::vector<ReceiveFolder> Store::ReceiveFolders() {
     return folders;
 }
 
-const NamedProperties& Store::Names() {
-    if (m_names) {
-        return *m_names;
-    }
+std::vector<NamedId> Store::LoadNames() {
     const Result<NodeEntry> node = m_database->FindNode(kNameMapNode);
     Result<PropertyContext> map =
         node ? PropertyContext::Open(*m_database, *node, kNameMapNode) : Result<PropertyContext>(Error(node.Failure()));
-    if (map) {
-        m_names = NamedProperties::Load(*map, m_database->Problems());
-    } else {
+    if (!map) {
         m_database->Problems().Report(map.Failure().text + "; named properties have no names");
-        m_names.emplace();
+        return {};
     }
-    return *m_names;
+    return pst::LoadNames(*map, m_database->Problems());
 }
 
 Result<Message> Store::OpenMessage(NodeId id) {

@@ -6,10 +6,10 @@
 #pragma once
 
 #include "localmapi/base/ByteSource.h"
+#include "localmapi/base/PropertyName.h"
 #include "localmapi/base/Result.h"
 #include "localmapi/pst/messaging/Folder.h"
 #include "localmapi/pst/messaging/Message.h"
-#include "localmapi/pst/messaging/NamedProperties.h"
 #include "localmapi/pst/ndb/Database.h"
 #include "platform/WideText.h"
 
@@ -93,8 +93,8 @@ public:
     // In the order of the table; empty when there is none.
     std::vector<ReceiveFolder> ReceiveFolders();
 
-    // The names of properties above 0x8000. Loaded at the first call.
-    const NamedProperties& Names();
+    // The names of properties above 0x8000, by id. Read from the file at each call.
+    std::vector<NamedId> LoadNames();
 
     // NotFound, Corrupt or ReadFailed.
     Result<Folder> OpenFolder(NodeId id) { return Folder::Open(*m_database, id, m_codePage); }
@@ -135,7 +135,6 @@ private:
     UINT m_codePage;
     std::optional<PropertyContext> m_properties;
     RecordKey m_key{};
-    std::optional<NamedProperties> m_names;
 };
 
 }  // namespace localmapi::pst

@@ -57,7 +57,8 @@ Result<Bytes> FolderProperties::Make(ULONG id, std::uint64_t limit) {
         case PROP_ID(PR_FOLDER_TYPE): return LittleEndian(FolderTypeOf(m_folder->Id()), 4);
         case PROP_ID(PR_SUBFOLDERS): return LittleEndian(HasFolders() ? 1 : 0, 1);
         case PROP_ID(PR_DISPLAY_NAME): return BytesOfText(LostName());
-        case PROP_ID(PR_CONTENT_COUNT): return LittleEndian(m_folder->Messages().Count(), 4);
+        case PROP_ID(PR_CONTENT_COUNT):
+            return LittleEndian(m_mailbox->MessagesOf(*m_folder, NodeType::ContentsTable)->Count(), 4);
         case PROP_ID(PR_CONTENT_UNREAD): return LittleEndian(CountUnread(), 4);
         case PROP_ID(PR_LAST_MODIFICATION_TIME): {
             VX_TRY_ASSIGN(PropertyValue created, OpenStored(PROP_ID(PR_CREATION_TIME)));
@@ -91,10 +92,10 @@ bool FolderProperties::HasFolders() {
 }
 
 std::uint32_t FolderProperties::CountUnread() {
-    ItemList messages = m_folder->Messages();
+    const std::shared_ptr<ItemList> messages = m_mailbox->MessagesOf(*m_folder, NodeType::ContentsTable);
     std::uint32_t count = 0;
-    for (std::size_t i = 0; i < messages.Count(); ++i) {
-        Result<PropertyValue> flags = messages.Cell(i, IdOf(PR_MESSAGE_FLAGS));
+    for (std::size_t i = 0; i < messages->Count(); ++i) {
+        Result<PropertyValue> flags = messages->Cell(i, IdOf(PR_MESSAGE_FLAGS));
         const auto bits = flags ? Integer(*flags) : std::nullopt;
         count += bits && (*bits & MSGFLAG_READ) == 0 ? 1 : 0;
     }

@@ -35,7 +35,7 @@ static_assert(std::is_sorted(kNeverKept.begin(), kNeverKept.end()));
 // Rows that stand for folders or messages.
 class EntryRows : public StoredRows {
 public:
-    std::size_t Count() override { return m_items.Count() + m_more.size(); }
+    std::size_t Count() override { return m_items->Count() + m_more.size(); }
     static bool IsKeyed(ULONG id) noexcept {
         return id == PROP_ID(PR_ENTRYID) || id == PROP_ID(PR_RECORD_KEY) || id == PROP_ID(PR_INSTANCE_KEY);
     }
@@ -50,20 +50,22 @@ public:
         if (!node) {
             return std::nullopt;
         }
-        if (const auto place = PlaceIn(m_items, *node)) {
+        if (const auto place = PlaceIn(*m_items, *node)) {
             return place;
         }
         const auto more = std::lower_bound(m_more.begin(), m_more.end(), *node);
         return more != m_more.end() && *more == *node
-                   ? std::optional(m_items.Count() + static_cast<std::size_t>(more - m_more.begin()))
+                   ? std::optional(m_items->Count() + static_cast<std::size_t>(more - m_more.begin()))
                    : std::nullopt;
     }
 
 protected:
-    EntryRows(MailboxPtr mailbox, NodeId folder, ItemList items, std::vector<NodeId> more)
+    EntryRows(MailboxPtr mailbox, NodeId folder, std::shared_ptr<ItemList> items, std::vector<NodeId> more)
         : StoredRows(std::move(mailbox)), m_folder(folder), m_items(std::move(items)), m_more(std::move(more)) {}
 
-    NodeId Id(std::size_t row) const { return row < m_items.Count() ? m_items.Id(row) : m_more[row - m_items.Count()]; }
+    NodeId Id(std::size_t row) const {
+        return row < m_items->Count() ? m_items->Id(row) : m_more[row - m_items->Count()];
+    }
 
     std::optional<MadeValue> Known(std::size_t row, ULONG id) override {
         switch (id) {
@@ -78,21 +80,21 @@ protected:
     }
 
     Result<PropertyValue> Cell(std::size_t row, std::uint16_t id) override {
-        return row < m_items.Count()
-                   ? m_items.Cell(row, id)
+        return row < m_items->Count()
+                   ? m_items->Cell(row, id)
                    : Result<PropertyValue>(Error{ErrorCode::NotFound, Name(Id(row)) + " is in no table"});
     }
-    std::span<const TableContext::Column> StoredColumns() const { return m_items.Columns(); }
+    std::span<const TableContext::Column> StoredColumns() const { return m_items->Columns(); }
 
 private:
     NodeId m_folder;
-    ItemList m_items;
+    std::shared_ptr<ItemList> m_items;
     std::vector<NodeId> m_more;  // sorted; rows without cells
 };
 
 class FolderRowSource final : public EntryRows {
 public:
-    FolderRowSource(MailboxPtr mailbox, NodeId folder, ItemList folders, std::vector<NodeId> lost)
+    FolderRowSource(MailboxPtr mailbox, NodeId folder, std::shared_ptr<ItemList> folders, std::vector<NodeId> lost)
         : EntryRows(std::move(mailbox), folder, std::move(folders), std::move(lost)) {}
 
     std::vector<ULONG> Columns() override {
@@ -130,7 +132,7 @@ protected:
 
 class MessageRowSource final : public EntryRows {
 public:
-    MessageRowSource(MailboxPtr mailbox, NodeId folder, ItemList messages)
+    MessageRowSource(MailboxPtr mailbox, NodeId folder, std::shared_ptr<ItemList> messages)
         : EntryRows(std::move(mailbox), folder, std::move(messages), {}) {}
 
     std::vector<ULONG> Columns() override {
@@ -218,17 +220,18 @@ private:
 }  // namespace
 
 std::unique_ptr<RowSource> FolderRows(MailboxPtr mailbox, Folder& folder) {
-    ItemList items = folder.Folders(SearchFolders::Include);
+    auto items = std::make_shared<ItemList>(folder.Folders(SearchFolders::Include));
     std::vector<NodeId> lost;
     if (folder.Id() == mailbox->IpmSubtree()) {
         lost = mailbox->LostFolders();
-        std::erase_if(lost, [&items](NodeId id) { return PlaceIn(items, id).has_value(); });
+        std::erase_if(lost, [&items](NodeId id) { return PlaceIn(*items, id).has_value(); });
     }
     return std::make_unique<FolderRowSource>(std::move(mailbox), folder.Id(), std::move(items), std::move(lost));
 }
 
-std::unique_ptr<RowSource> MessageRows(MailboxPtr mailbox, NodeId folder, ItemList messages) {
-    return std::make_unique<MessageRowSource>(std::move(mailbox), folder, std::move(messages));
+std::unique_ptr<RowSource> MessageRows(MailboxPtr mailbox, Folder& folder, NodeType table) {
+    auto messages = mailbox->MessagesOf(folder, table);
+    return std::make_unique<MessageRowSource>(std::move(mailbox), folder.Id(), std::move(messages));
 }
 
 std::unique_ptr<RowSource> ReceiveFolderRows(MailboxPtr mailbox) {

@@ -15,8 +15,8 @@ namespace localmapi::pst {
 // their own place.
 std::unique_ptr<RowSource> FolderRows(MailboxPtr mailbox, Folder& folder);
 
-// The messages of a folder, or its hidden messages.
-std::unique_ptr<RowSource> MessageRows(MailboxPtr mailbox, NodeId folder, ItemList messages);
+// The messages of a folder, or its hidden messages, by the table that lists them.
+std::unique_ptr<RowSource> MessageRows(MailboxPtr mailbox, Folder& folder, NodeType table);
 
 std::unique_ptr<RowSource> ReceiveFolderRows(MailboxPtr mailbox);
 

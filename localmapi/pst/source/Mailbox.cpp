@@ -14,8 +14,8 @@ void Mailbox::Report(const Error& problem, std::string_view whatHappens) {
 PropertyNames& Mailbox::Names() {
     if (!m_names) {
         m_names.emplace();
-        for (const NamedProperties::Entry& entry : m_store->Names().Entries()) {
-            m_names->Insert(entry.id, entry.name);
+        for (NamedId& named : m_store->LoadNames()) {
+            m_names->Insert(named.id, std::move(named.name));
         }
     }
     return *m_names;
@@ -62,19 +62,44 @@ NodeId Mailbox::ParentOf(NodeId node) {
     return node == IpmSubtree() ? Store::kRootFolder : end != NodeId{} ? parent : IpmSubtree();
 }
 
+std::shared_ptr<ItemList> Mailbox::FindList(NodeId table) {
+    const auto found = std::ranges::find(m_lists, table, &OpenList::table);
+    if (found == m_lists.end()) {
+        return nullptr;
+    }
+    std::rotate(m_lists.begin(), found, found + 1);
+    return m_lists.front().items;
+}
+
+std::shared_ptr<ItemList> Mailbox::KeepList(NodeId table, ItemList items) {
+    if (m_lists.size() >= kKeptLists) {
+        m_lists.pop_back();
+    }
+    m_lists.insert(m_lists.begin(), {table, std::make_shared<ItemList>(std::move(items))});
+    return m_lists.front().items;
+}
+
+std::shared_ptr<ItemList> Mailbox::MessagesOf(Folder& folder, NodeType table) {
+    const NodeId node = folder.Id().Sibling(table);
+    if (std::shared_ptr<ItemList> kept = FindList(node)) {
+        return kept;
+    }
+    return KeepList(node, table == NodeType::AssociatedTable ? folder.AssociatedMessages() : folder.Messages());
+}
+
 Result<PropertyValue> Mailbox::CellOf(NodeId folder, NodeId item, std::uint16_t id) {
     const NodeType kind = IsFolderNode(item)                           ? NodeType::HierarchyTable
                           : item.Type() == NodeType::AssociatedMessage ? NodeType::AssociatedTable
                                                                        : NodeType::ContentsTable;
     const NodeId table = folder.Sibling(kind);
-    if (!m_lastList || m_lastList->table != table) {
+    std::shared_ptr<ItemList> items = FindList(table);
+    if (items == nullptr) {
         VX_TRY_ASSIGN(Folder opened, m_store->OpenFolder(folder));
-        m_lastList.emplace(OpenList{table, kind == NodeType::HierarchyTable    ? opened.Folders(SearchFolders::Include)
-                                           : kind == NodeType::AssociatedTable ? opened.AssociatedMessages()
-                                                                               : opened.Messages()});
+        items = kind == NodeType::HierarchyTable ? KeepList(table, opened.Folders(SearchFolders::Include))
+                                                 : MessagesOf(opened, kind);
     }
-    const auto place = PlaceIn(m_lastList->items, item);
-    return place ? m_lastList->items.Cell(*place, id)
+    const auto place = PlaceIn(*items, item);
+    return place ? items->Cell(*place, id)
                  : Result<PropertyValue>(Error{ErrorCode::NotFound, Name(folder) + ": " + Name(item) + " is no item"});
 }
 

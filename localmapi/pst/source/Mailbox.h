@@ -40,6 +40,10 @@ public:
     // lie in each other, lies in the visible tree, and the topmost folder in itself. 0 for what the file does not know.
     NodeId ParentOf(NodeId node);
 
+    // The messages, or hidden messages, of a folder. Making the list costs time for each row; those asked for last are
+    // kept, so that a table that is opened again and again for one item does not cost more the more there are.
+    std::shared_ptr<ItemList> MessagesOf(Folder& folder, NodeType table);
+
     // What the table of `folder` keeps of an item in it. NotFound, Corrupt or ReadFailed. The last table stays open.
     Result<PropertyValue> CellOf(NodeId folder, NodeId item, std::uint16_t id);
 
@@ -52,18 +56,24 @@ public:
     const std::vector<ReceiveFolder>& ReceiveFolders();
 
 private:
+    static constexpr std::size_t kKeptLists = 3;  // a folder's, that of the folders around it, and one more
+
     NodeId EndOfWayUp(NodeId folder);
 
     struct OpenList {
         NodeId table;
-        ItemList items;
+        std::shared_ptr<ItemList> items;
     };
+
+    // The list of that table, if it is kept; it counts as the one asked for last.
+    std::shared_ptr<ItemList> FindList(NodeId table);
+    std::shared_ptr<ItemList> KeepList(NodeId table, ItemList items);
 
     std::unique_ptr<Store> m_store;
     SharedLock m_lock;
     std::optional<PropertyNames> m_names;
     std::optional<NodeId> m_ipmSubtree;
-    std::optional<OpenList> m_lastList;
+    std::vector<OpenList> m_lists;  // the ones asked for last, newest first
     std::optional<std::vector<NodeId>> m_lostFolders;
     std::optional<std::vector<ReceiveFolder>> m_receiveFolders;
 };

@@ -129,10 +129,10 @@ public:
 
     std::unique_ptr<RowSource> Folders() override { return FolderRows(m_mailbox, TheFolder()); }
     std::unique_ptr<RowSource> Messages() override {
-        return MessageRows(m_mailbox, TheFolder().Id(), TheFolder().Messages());
+        return MessageRows(m_mailbox, TheFolder(), NodeType::ContentsTable);
     }
     std::unique_ptr<RowSource> AssociatedMessages() override {
-        return MessageRows(m_mailbox, TheFolder().Id(), TheFolder().AssociatedMessages());
+        return MessageRows(m_mailbox, TheFolder(), NodeType::AssociatedTable);
     }
 
 protected:

@@ -70,7 +70,13 @@ TEST_F(MessageFiles, AreMadeFromNothing) {
         SPropValue subject{};
         subject.ulPropTag = PR_SUBJECT_W;
         subject.Value.lpszW = const_cast<LPWSTR>("Made here"_w);
-        ASSERT_EQ(message->SetProps(1, &subject, nullptr), S_OK);
+        ASSERT_EQ(HrSetOneProp(message.Get(), &subject), S_OK);
+        SPropValue object{};
+        object.ulPropTag = PR_ATTACH_DATA_OBJ;
+        EXPECT_EQ(HrSetOneProp(message.Get(), &object), MAPI_E_INVALID_TYPE) << "the problem of the one property";
+        SPropValue* missing = nullptr;
+        EXPECT_EQ(HrGetOneProp(message.Get(), PR_BODY_W, &missing), MAPI_E_NOT_FOUND);
+        EXPECT_EQ(missing, nullptr);
         ULONG number = 99;
         ComPtr<IAttach> attach;
         ASSERT_EQ(message->CreateAttach(nullptr, 0, &number, attach.Receive()), S_OK);
@@ -98,7 +104,7 @@ TEST_F(MessageFiles, AreMadeFromNothing) {
     ASSERT_EQ(back->OpenAttach(0, nullptr, 0, attach.Receive()), S_OK);
     EXPECT_EQ(StreamOf(*attach, PR_ATTACH_DATA_BIN), "content");
     SPropValue changed = *subject;
-    EXPECT_EQ(back->SetProps(1, &changed, nullptr), MAPI_E_NO_ACCESS) << "opened for reading only";
+    EXPECT_EQ(HrSetOneProp(back.Get(), &changed), MAPI_E_NO_ACCESS) << "opened for reading only";
 }
 
 ULONG g_releasedData = 0;

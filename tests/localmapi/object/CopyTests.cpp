@@ -25,7 +25,7 @@ TEST_F(ObjectCopies, CopyAllButWhatIsExcludedOrTheObjectsOwn) {
     SizedSPropTagArray<1> excluded{.aulPropTag = {PR_SENSITIVITY}};
     SPropProblemArray* problems = nullptr;
     ASSERT_EQ(CopyAll(from, to, excluded, 0, &problems), S_OK);
-    EXPECT_EQ(problems, nullptr);
+    EXPECT_EQ(Told(problems), "");
     EXPECT_EQ(to.AllProps(), "2|w's'");
 
     SizedSPropTagArray<1> only{.aulPropTag = {PR_SENSITIVITY}};
@@ -45,19 +45,6 @@ TEST_F(ObjectCopies, NamedPropertiesGoByNameNotById) {
     EXPECT_EQ(to.AllProps(), "7");
 }
 
-TEST_F(ObjectCopies, LargeValuesGoByStream) {
-    Subject from;
-    Subject to;
-    std::string large;
-    for (unsigned i = 0; i < 300'000; ++i) {
-        large.push_back(static_cast<char>(i * 7 % 251));
-    }
-    from.Scratch().SetBytes(PR_ATTACH_DATA_BIN, large);
-    ASSERT_EQ(CopyAll(from, to, nullptr, 0, nullptr), S_OK);
-    ASSERT_EQ(to.object->SaveChanges(0), S_OK);
-    EXPECT_EQ(to.Stream(PR_ATTACH_DATA_BIN), large);
-}
-
 TEST_F(ObjectCopies, WhatFailsIsAProblemAndTheRestGoesOn) {
     Subject from;
     Subject to;
@@ -68,12 +55,7 @@ TEST_F(ObjectCopies, WhatFailsIsAProblemAndTheRestGoesOn) {
     to.Scratch().refused = PR_PRIORITY;
     SPropProblemArray* problems = nullptr;
     ASSERT_EQ(CopyAll(from, to, nullptr, 0, &problems), S_OK);
-    const MapiPointer<SPropProblemArray> hold(problems);
-    ASSERT_NE(problems, nullptr);
-    ASSERT_EQ(problems->cProblem, 2U);
-    EXPECT_EQ(problems->aProblem[0].ulPropTag, PR_IMPORTANCE);
-    EXPECT_EQ(problems->aProblem[0].scode, MAPI_E_CORRUPT_DATA);
-    EXPECT_EQ(problems->aProblem[1].ulPropTag, PR_PRIORITY);
+    EXPECT_EQ(Told(problems), "0 00170003 11B|1 00260003 005");
     EXPECT_EQ(to.AllProps(), "w's'");
 }
 

@@ -10,20 +10,23 @@ namespace {
 
 using ObjectNames = LeakCheck;
 
-MAPINAMEID Numbered(const GUID& set, LONG number) {
+// A number, or a text where there is one.
+MAPINAMEID Name(const GUID& set, LONG number, LPCWSTR text = nullptr) {
     MAPINAMEID name{};
     name.lpguid = const_cast<GUID*>(&set);
-    name.ulKind = MNID_ID;
-    name.Kind.lID = number;
+    name.ulKind = text == nullptr ? MNID_ID : MNID_STRING;
+    if (text == nullptr) {
+        name.Kind.lID = number;
+    } else {
+        name.Kind.lpwstrName = const_cast<LPWSTR>(text);
+    }
     return name;
 }
 
-MAPINAMEID Texted(const GUID& set, LPCWSTR text) {
-    MAPINAMEID name{};
-    name.lpguid = const_cast<GUID*>(&set);
-    name.ulKind = MNID_STRING;
-    name.Kind.lpwstrName = const_cast<LPWSTR>(text);
-    return name;
+std::vector<ULONG> Listed(SPropTagArray* tags) {
+    const MapiPointer<SPropTagArray> hold(tags);
+    return tags == nullptr ? std::vector<ULONG>()
+                           : std::vector<ULONG>(tags->aulPropTag, tags->aulPropTag + tags->cValues);
 }
 
 std::vector<ULONG> Ids(TestObject& object, std::vector<MAPINAMEID> names, ULONG flags, HRESULT expected) {
@@ -33,9 +36,7 @@ std::vector<ULONG> Ids(TestObject& object, std::vector<MAPINAMEID> names, ULONG 
     }
     SPropTagArray* tags = nullptr;
     EXPECT_EQ(object.GetIDsFromNames(static_cast<ULONG>(pointers.size()), pointers.data(), flags, &tags), expected);
-    const MapiPointer<SPropTagArray> hold(tags);
-    return tags == nullptr ? std::vector<ULONG>()
-                           : std::vector<ULONG>(tags->aulPropTag, tags->aulPropTag + tags->cValues);
+    return Listed(tags);
 }
 
 TEST_F(ObjectNames, GetIdsThatStayAndAreToldBack) {
@@ -46,14 +47,14 @@ TEST_F(ObjectNames, GetIdsThatStayAndAreToldBack) {
 
     // Known; unknown and not to be made; a fixed id under its published set.
     EXPECT_EQ(Ids(*subject.object,
-                  {Numbered(PSETID_Common, 0x8501), Texted(PS_PUBLIC_STRINGS, kKeywords), Numbered(PS_MAPI, 0x0037)}, 0,
+                  {Name(PSETID_Common, 0x8501), Name(PS_PUBLIC_STRINGS, 0, kKeywords), Name(PS_MAPI, 0x0037)}, 0,
                   MAPI_W_ERRORS_RETURNED),
               (std::vector<ULONG>{0x80010000, PT_ERROR, 0x00370000}));
 
     // Made: the lowest free ids; a name in other letters is another name; a number in another set is another name.
     EXPECT_EQ(Ids(*subject.object,
-                  {Texted(PS_PUBLIC_STRINGS, kKeywords), Texted(PS_PUBLIC_STRINGS, kLower),
-                   Numbered(PSETID_Task, 0x8501), Texted(PS_PUBLIC_STRINGS, kKeywords)},
+                  {Name(PS_PUBLIC_STRINGS, 0, kKeywords), Name(PS_PUBLIC_STRINGS, 0, kLower), Name(PSETID_Task, 0x8501),
+                   Name(PS_PUBLIC_STRINGS, 0, kKeywords)},
                   MAPI_CREATE, S_OK),
               (std::vector<ULONG>{0x80000000, 0x80020000, 0x80030000, 0x80000000}));
 
@@ -77,28 +78,18 @@ TEST_F(ObjectNames, AllNamesAreListedByKindAndSet) {
     Subject subject;
     subject.names.Insert(0x8000, {PSETID_Common, false, 1, {}});
     subject.names.Insert(0x8001, {PS_PUBLIC_STRINGS, true, 0, "text"_w});
-    struct Case {
-        const char* name;
-        const GUID* set;
-        ULONG flags;
-        std::vector<ULONG> given;
-    };
-    const Case cases[] = {
-        {"all", nullptr, 0, {0x80000000, 0x80010000}},
-        {"of a set", &PSETID_Common, 0, {0x80000000}},
-        {"no texts", nullptr, MAPI_NO_STRINGS, {0x80000000}},
-        {"no numbers", nullptr, MAPI_NO_IDS, {0x80010000}},
-    };
-    for (const Case& row : cases) {
-        SCOPED_TRACE(row.name);
+    const auto listed = [&subject](const GUID* set, ULONG flags) {
         SPropTagArray* tags = nullptr;
         ULONG count = 0;
         MAPINAMEID** names = nullptr;
-        ASSERT_EQ(subject.object->GetNamesFromIDs(&tags, const_cast<GUID*>(row.set), row.flags, &count, &names), S_OK);
+        EXPECT_EQ(subject.object->GetNamesFromIDs(&tags, const_cast<GUID*>(set), flags, &count, &names), S_OK);
         const MapiPointer<MAPINAMEID*> hold(names);
-        const MapiPointer<SPropTagArray> holdTags(tags);
-        EXPECT_EQ(std::vector<ULONG>(tags->aulPropTag, tags->aulPropTag + tags->cValues), row.given);
-    }
+        return Listed(tags);
+    };
+    EXPECT_EQ(listed(nullptr, 0), (std::vector<ULONG>{0x80000000, 0x80010000}));
+    EXPECT_EQ(listed(&PSETID_Common, 0), std::vector<ULONG>{0x80000000});
+    EXPECT_EQ(listed(nullptr, MAPI_NO_STRINGS), std::vector<ULONG>{0x80000000});
+    EXPECT_EQ(listed(nullptr, MAPI_NO_IDS), std::vector<ULONG>{0x80010000});
 }
 
 }  // namespace

@@ -1,11 +1,11 @@
 // An object with properties in memory that can be written, and derived ones where a test wants them.
 #pragma once
 
+#include "localmapi/object/MemoryProperties.h"
 #include "localmapi/object/PropObject.h"
 #include "mapi/MapiInterfaces.h"
 
 #include <functional>
-#include <map>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -13,43 +13,33 @@
 
 namespace localmapi::testing {
 
+// Properties that a test sets, damages and locks.
 class ScratchProperties final : public PropertySource {
 public:
     explicit ScratchProperties(UINT codePage = 1252) : m_codePage(codePage) {}
 
-    std::vector<ULONG> Tags() override;
-    std::optional<ULONG> TagOf(ULONG id) override;
-    std::uint64_t SizeOf(ULONG id) override;
+    std::vector<ULONG> Tags() override { return m_kept->Tags(); }
+    std::optional<ULONG> TagOf(ULONG id) override { return m_kept->TagOf(id); }
+    std::uint64_t SizeOf(ULONG id) override { return m_kept->SizeOf(id); }
     Status Read(ULONG id, std::uint64_t limit, ValueMemory& memory, SPropValue& value) override;
-    Result<std::unique_ptr<ByteSource>> Open(ULONG id) override;
+    Result<std::unique_ptr<ByteSource>> Open(ULONG id) override { return m_kept->Open(id); }
     UINT CodePage() override { return m_codePage; }
 
     Status Write(const SPropValue& value) override;
     Status Remove(ULONG id) override;
-    Result<ComPtr<IStream>> OpenForWriting(ULONG tag, bool replace) override;
-    Status Save() override;
-    bool IsWritable() const override { return isWritable; }
+    bool IsWritable() const override { return true; }
 
-    void Set(const SPropValue& value) { static_cast<void>(Write(value)); }
+    void Set(const SPropValue& value) { m_kept->Set(value); }
 
-    // Texts and binaries as the bytes that a file would have.
-    void SetBytes(ULONG tag, std::string_view bytes) { m_bytes[PROP_ID(tag)] = {tag, std::string(bytes)}; }
+    // A text or binary from the bytes that a file would have.
+    void SetBytes(ULONG tag, std::string_view bytes);
 
-    bool isWritable = true;
     ULONG refused = 0;     // Write says AccessDenied to this tag
     ULONG unreadable = 0;  // Read says Corrupt for this id
-    unsigned saves = 0;
 
 private:
-    struct Stored {
-        ULONG tag;
-        std::string bytes;
-    };
     UINT m_codePage;
-    Arena m_memory;
-    std::map<ULONG, Stored> m_bytes;       // texts and binaries, by id
-    std::map<ULONG, SPropValue> m_values;  // the others
-    std::map<ULONG, ComPtr<IStream>> m_streams;
+    std::unique_ptr<MemoryProperties> m_kept = std::make_unique<MemoryProperties>();
 };
 
 class TestObject final : public PropObject<IMAPIProp> {
@@ -83,10 +73,13 @@ struct Subject {
 
     PropertyNames names;
     ComPtr<TestObject> object;
+
+private:
+    std::string Props(SPropTagArray* tags, ULONG flags);
 };
 
-// A result as its name where it is one that these tests know.
-std::string NameOf(HRESULT result);
+// What was refused, by index, tag and the last digits of the code: "1 00360003 005|2 3701000D 302". Frees the problems.
+std::string Told(SPropProblemArray* problems);
 
 std::string Utf16(std::string_view ascii);
 std::string ReadAllOf(IStream& stream);

@@ -96,6 +96,7 @@ TEST(ProfileText, ThatIsDamagedIsRefusedWithTheLine) {
         {"no name", "[profile]\nversion = 1\n[end]\n", 3},
         {"an empty name", "[profile]\nversion = 1\nname = \"\"\n[end]\n", 3},
         {"a name without quotation marks", "[profile]\nversion = 1\nname = x\n[end]\n", 3},
+        {"a name that holds a zero", "[profile]\nversion = 1\nname = \"a" + std::string(1, '\0') + "b\"\n[end]\n", 3},
         {"an open quotation", "[profile]\nversion = 1\nname = \"x\n[end]\n", 3},
         {"cut off", head + "[global]\n", 4},
         {"cut in a line", head + "[global]\nPR_STORE_PROVIDERS = binary:22", 5},

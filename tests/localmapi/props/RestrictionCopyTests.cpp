@@ -7,9 +7,7 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <memory>
-#include <string>
 #include <vector>
 
 namespace localmapi::testing {
@@ -21,41 +19,22 @@ constexpr ULONG kNumber = PROP_TAG(PT_LONG, 0x6001);
 
 // The source is gone when the copy is looked at.
 TEST_F(RestrictionCopy, StandsAloneForEveryKindOfNode) {
-    using Maker = RestrictionMaker;
-    struct Row {
-        std::string text;
-        std::function<SRestriction(Maker&)> make;
-    };
-    const Row rows[] = {
-        {"and(exist(60010003),prop(4,3001001F,w'x'))",
-         [](Maker& m) {
-             return m.And({Maker::Exist(kNumber), m.Property(RELOP_EQ, m.Wide("x"))});
-         }},
-        {"or()", [](Maker& m) { return m.Or({}); }},
-        {"not(bits(1,60010003,FF))", [](Maker& m) { return m.Not(Maker::Bits(BMR_NEZ, kNumber, 0xFF)); }},
-        {"content(10001,3001001E,a'x')",
-         [](Maker& m) { return m.Content(FL_SUBSTRING | FL_IGNORECASE, m.Narrow("x")); }},
-        {"compare(5,60010003,60020003)", [](Maker&) { return Maker::CompareProps(RELOP_NE, kNumber, 0x60020003); }},
-        {"size(2,60010003,70)", [](Maker&) { return Maker::Size(RELOP_GT, kNumber, 70); }},
-        {"sub(0E12000D,exist(60010003))", [](Maker& m) { return m.Sub(0x0E12000D, Maker::Exist(kNumber)); }},
-        {"count(3,or(exist(60010003)))", [](Maker& m) { return m.Count(3, m.Or({Maker::Exist(kNumber)})); }},
-        {"comment(x6162,-)", [](Maker& m) { return m.Comment(nullptr, m.Binary("ab")); }},
-        {"comment(7,exist(60010003))",
-         [](Maker& m) {
-             const SRestriction child = Maker::Exist(kNumber);
-             return m.Comment(&child, LongValue(kNumber, 7), RES_ANNOTATION);
-         }},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.text);
-        auto source = std::make_unique<Maker>();
-        const SRestriction made = row.make(*source);
-        const MapiPointer<SRestriction> copy = MakeRoot<SRestriction>(sizeof(SRestriction));
-        RootMemory memory(copy.get());
-        ASSERT_EQ(CopyRestriction(made, memory, *copy), S_OK);
-        source.reset();
-        EXPECT_EQ(TextOf(*copy), row.text);
-    }
+    auto source = std::make_unique<RestrictionMaker>();
+    RestrictionMaker& m = *source;
+    const SRestriction child = RestrictionMaker::Exist(kNumber);
+    const SRestriction all =
+        m.And({m.Property(RELOP_EQ, m.Wide("x")), m.Or({}), m.Not(m.Bits(BMR_NEZ, kNumber, 0xFF)),
+               m.Content(FL_SUBSTRING | FL_IGNORECASE, m.Narrow("x")), m.CompareProps(RELOP_NE, kNumber, 0x60020003),
+               m.Size(RELOP_GT, kNumber, 70), m.Sub(0x0E12000D, child), m.Count(3, m.Or({child})),
+               m.Comment(nullptr, m.Binary("ab")), m.Comment(&child, LongValue(kNumber, 7), RES_ANNOTATION)});
+    const MapiPointer<SRestriction> copy = MakeRoot<SRestriction>(sizeof(SRestriction));
+    RootMemory memory(copy.get());
+    ASSERT_EQ(CopyRestriction(all, memory, *copy), S_OK);
+    source.reset();
+    EXPECT_EQ(TextOf(*copy),
+              "and(prop(4,3001001F,w'x'),or(),not(bits(1,60010003,FF)),content(10001,3001001E,a'x'),"
+              "compare(5,60010003,60020003),size(2,60010003,70),sub(0E12000D,exist(60010003)),"
+              "count(3,or(exist(60010003))),comment(x6162,-),comment(7,exist(60010003)))");
 }
 
 TEST_F(RestrictionCopy, IsBoundedInDepthAndSize) {
@@ -90,43 +69,16 @@ TEST_F(RestrictionCopy, IsBoundedInDepthAndSize) {
 
 TEST_F(RestrictionCopy, OfWhatIsNoneIsRefused) {
     RestrictionMaker maker;
-    struct Row {
-        const char* name;
-        std::function<void(SRestriction&)> damage;
-    };
-    const Row rows[] = {
-        {"no such kind", [](SRestriction& r) { r.rt = 0xD; }},
-        {"and without children",
-         [](SRestriction& r) {
-             r.rt = RES_AND, r.res.resAnd = {1, nullptr};
-         }},
-        {"not without child",
-         [](SRestriction& r) {
-             r.rt = RES_NOT, r.res.resNot = {0, nullptr};
-         }},
-        {"sub without child",
-         [](SRestriction& r) {
-             r.rt = RES_SUBRESTRICTION, r.res.resSub = {0, nullptr};
-         }},
-        {"count without child",
-         [](SRestriction& r) {
-             r.rt = RES_COUNT, r.res.resCount = {1, nullptr};
-         }},
-        {"property without value", [](SRestriction& r) { r.res.resProperty.lpProp = nullptr; }},
-        {"content without value",
-         [](SRestriction& r) {
-             r.rt = RES_CONTENT, r.res.resContent = {0, 0, nullptr};
-         }},
-        {"comment without values",
-         [](SRestriction& r) {
-             r.rt = RES_COMMENT, r.res.resComment = {1, nullptr, nullptr};
-         }},
-        {"value without pointer", [](SRestriction& r) { r.res.resProperty.lpProp->Value.lpszW = nullptr; }},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        SRestriction made = maker.Property(RELOP_EQ, maker.Wide("x"));
-        row.damage(made);
+    std::vector<SRestriction> broken;
+    for (const ULONG kind :
+         {RES_NOT, RES_SUBRESTRICTION, RES_COUNT, RES_PROPERTY, RES_CONTENT, RES_AND, RES_COMMENT, ULONG{0xD}}) {
+        broken.emplace_back().rt = kind;  // without what it should point at, or unknown
+    }
+    broken[5].res.resAnd.cRes = 1;
+    broken[6].res.resComment.cValues = 1;
+    broken.push_back(maker.Property(RELOP_EQ, LongValue(PROP_TAG(PT_UNICODE, 0x3001), 0)));
+    for (const SRestriction& made : broken) {
+        SCOPED_TRACE(made.rt);
         const SRestriction around = maker.Or({RestrictionMaker::Exist(kNumber), made});
         Arena arena;
         SRestriction copy{};
@@ -183,13 +135,11 @@ TEST_F(RestrictionCopy, GoesIntoRestrictionsAndActionsWithinValues) {
               "action 6 prop(4,3001001F,w'x') tag 60010003; action 10");
 
     std::vector<ACTION> bad(1);
-    bad[0].acttype = static_cast<ACTTYPE>(99);
-    SPropValue copy{};
-    EXPECT_EQ(CopyValue(ActionsValue(bad, holder), memory, copy), MAPI_E_INVALID_PARAMETER);
-    bad[0].acttype = OP_FORWARD;
-    EXPECT_EQ(CopyValue(ActionsValue(bad, holder), memory, copy), MAPI_E_INVALID_PARAMETER);
-    bad[0].acttype = OP_TAG;
-    EXPECT_EQ(CopyValue(ActionsValue(bad, holder), memory, copy), MAPI_E_INVALID_PARAMETER);
+    for (const int kind : {99, int{OP_FORWARD}, int{OP_TAG}}) {  // unknown, or without what it should hold
+        bad[0].acttype = static_cast<ACTTYPE>(kind);
+        SPropValue copy{};
+        EXPECT_EQ(CopyValue(ActionsValue(bad, holder), memory, copy), MAPI_E_INVALID_PARAMETER) << kind;
+    }
 }
 
 }  // namespace

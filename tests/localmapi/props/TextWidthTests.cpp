@@ -2,6 +2,7 @@
 #include "localmapi/props/Values.h"
 #include "platform/CodePage.h"
 #include "tests/localmapi/support/LeakCheck.h"
+#include "tests/localmapi/support/Restrictions.h"
 #include "tests/localmapi/support/ValueText.h"
 
 #include <gtest/gtest.h>
@@ -50,21 +51,20 @@ TEST_F(TextWidth, OfTextsFollowsTheirPage) {
 }
 
 TEST_F(TextWidth, OfSeveralTextsChangesAndThatOfOthersStays) {
-    Arena arena;
-    LPSTR texts[] = {NarrowValue(kNarrow, "a", arena).Value.lpszA, NarrowValue(kNarrow, "\xE9", arena).Value.lpszA};
-    SPropValue value{};
-    value.ulPropTag = PROP_TAG(PT_MV_STRING8, 0x0037);
-    value.Value.MVszA = {2, texts};
-    ChangeWidth(value, PT_UNICODE, 1252, arena);
-    EXPECT_EQ(value.ulPropTag, PROP_TAG(PT_MV_UNICODE, 0x0037));
-    EXPECT_EQ(TextOf(value), "[w'a',w'<00E9>']");
-    ChangeWidth(value, PT_MV_UNICODE, 1252, arena);
-    EXPECT_EQ(TextOf(value), "[w'a',w'<00E9>']");
-    ChangeWidth(value, PT_MV_STRING8, 1252, arena);
-    EXPECT_EQ(TextOf(value), "[a'a',a'\xE9']");
-
+    RestrictionMaker maker;
+    SPropValue value = maker.Words({"a", "b"}, PROP_TAG(PT_MV_UNICODE, 0x0037));
+    struct Step {
+        ULONG type;
+        const char* text;
+    };
+    for (const Step& step :
+         {Step{PT_MV_UNICODE, "[w'a',w'b']"}, Step{PT_MV_STRING8, "[a'a',a'b']"}, Step{PT_UNICODE, "[w'a',w'b']"}}) {
+        ChangeWidth(value, step.type, 1252, maker.Memory());
+        EXPECT_EQ(value.ulPropTag, PROP_TAG(step.type | MV_FLAG, 0x0037));
+        EXPECT_EQ(TextOf(value), step.text);
+    }
     SPropValue number = LongValue(PROP_TAG(PT_LONG, 0x0E08), 7);
-    ChangeWidth(number, PT_UNICODE, 1252, arena);
+    ChangeWidth(number, PT_UNICODE, 1252, maker.Memory());
     EXPECT_EQ(TextOf(number), "7");
 }
 

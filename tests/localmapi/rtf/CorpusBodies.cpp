@@ -83,7 +83,7 @@ void AddMessage(std::vector<Bodies>& list, const std::filesystem::path& file, IS
     Bodies bodies;
     bodies.compressedRtf = StreamIn(message, "__substg1.0_10090102"_w).value_or(Bytes());
     bodies.html = StreamIn(message, "__substg1.0_10130102"_w);
-    bodies.plain = pst::FromUtf16(StreamIn(message, "__substg1.0_1000001F"_w).value_or(Bytes()));
+    bodies.plain = FromUtf16(StreamIn(message, "__substg1.0_1000001F"_w).value_or(Bytes()));
     bodies.htmlPage = NumberIn(message, 0x3FDE0003, isTop);
     Add(list, file, std::move(bodies));
 

@@ -22,6 +22,17 @@ public:
     SPropValue Binary(std::string_view bytes, ULONG tag = PROP_TAG(PT_BINARY, 0x0FFF)) {
         return BinaryValue(tag, {reinterpret_cast<const std::byte*>(bytes.data()), bytes.size()}, m_arena);
     }
+    // Several wide texts.
+    SPropValue Words(std::initializer_list<std::string_view> texts, ULONG tag = PROP_TAG(PT_MV_UNICODE, 0x8001)) {
+        SPropValue value{};
+        value.ulPropTag = tag;
+        value.Value.MVszW = {static_cast<ULONG>(texts.size()), m_arena.Array<LPWSTR>(texts.size())};
+        LPWSTR* next = value.Value.MVszW.lppszW;
+        for (const std::string_view text : texts) {
+            *next++ = Wide(text).Value.lpszW;
+        }
+        return value;
+    }
     static SPropValue Time(std::uint64_t ticks, ULONG tag = PROP_TAG(PT_SYSTIME, 0x3008)) {
         SPropValue value{};
         value.ulPropTag = tag;

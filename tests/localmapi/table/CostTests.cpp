@@ -31,7 +31,6 @@ protected:
         return m_maker.Or({m_maker.Property(RELOP_EQ, m_maker.Binary(id, kLongTermId)),
                            m_maker.Property(RELOP_EQ, m_maker.Binary(id))});
     }
-    std::size_t ReadsSince(std::size_t before) const { return m_traffic.reads - before; }
 
     Traffic m_traffic;
 };
@@ -81,15 +80,6 @@ TEST_F(TableCost, OfARestrictionFallsOnItsOwnColumnAndThenOnTheRowsShown) {
     EXPECT_EQ(RowCount(*table), 111U);
     EXPECT_EQ(m_traffic.readsOf[PROP_ID(kName)], kRows);
     EXPECT_EQ(m_traffic.readsOf[PROP_ID(kTime)], 111U);
-}
-
-TEST_F(TableCost, OfPagesIsThatOfTheirCells) {
-    const ComPtr<IMAPITable> table = Many(2000);
-    for (int page = 0; page < 3; ++page) {
-        const std::size_t before = m_traffic.reads;
-        Read(*table, 30);
-        EXPECT_EQ(ReadsSince(before), 60U);
-    }
 }
 
 }  // namespace

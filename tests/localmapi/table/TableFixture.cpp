@@ -89,6 +89,13 @@ HRESULT TableFixture::Sort(IMAPITable& table, std::initializer_list<SSortOrder> 
     return table.SortTable(set, 0);
 }
 
+std::optional<ULONG> TableFixture::Found(IMAPITable& table, const SRestriction& restriction, BOOKMARK origin,
+                                         ULONG flags) {
+    const HRESULT result = Find(table, restriction, origin, flags);
+    EXPECT_TRUE(result == S_OK || result == MAPI_E_NOT_FOUND) << result;
+    return result == S_OK ? std::optional(Position(table)) : std::nullopt;
+}
+
 ULONG TableFixture::Position(IMAPITable& table) {
     ULONG row = 0;
     ULONG numerator = 0;

@@ -14,6 +14,7 @@
 #include <initializer_list>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -22,6 +23,8 @@ namespace localmapi::testing {
 
 inline constexpr ULONG kName = PROP_TAG(PT_UNICODE, 0x3001);
 inline constexpr ULONG kNameA = PROP_TAG(PT_STRING8, 0x3001);
+inline constexpr ULONG kText = PROP_TAG(PT_UNICODE, 0x0037);
+inline constexpr ULONG kTextA = PROP_TAG(PT_STRING8, 0x0037);
 inline constexpr ULONG kNumber = PROP_TAG(PT_LONG, 0x0E08);
 inline constexpr ULONG kTime = PROP_TAG(PT_SYSTIME, 0x3008);
 inline constexpr ULONG kEntryId = PROP_TAG(PT_BINARY, 0x0FFF);
@@ -87,6 +90,10 @@ protected:
                         ULONG flags = 0) {
         return table.FindRow(&restriction, origin, flags);
     }
+    // The position that a search ends at; nothing when it finds none.
+    static std::optional<ULONG> Found(IMAPITable& table, const SRestriction& restriction,
+                                      BOOKMARK origin = BOOKMARK_BEGINNING, ULONG flags = 0);
+    SRestriction Name(ULONG relop, std::string_view name) { return m_maker.Property(relop, m_maker.Wide(name)); }
     static ULONG Position(IMAPITable& table);
     static ULONG RowCount(IMAPITable& table);
 

@@ -45,6 +45,8 @@ TEST_F(AllRows, ComeFromTheBeginningWithWhatIsSet) {
     RestrictionMaker maker;
     SPropTagArray columns{1, {kOther}};
     SRestriction few = maker.Property(RELOP_LT, LongValue(kNumber, 3));
+    SRestriction pattern = maker.Property(RELOP_RE, maker.Wide("x"));
+    const SizedSSortOrderSet<1> categories{1, 1, 0, {{kNumber, TABLE_SORT_ASCEND}}};
     const SizedSSortOrderSet<1> backward{1, 0, 0, {{kNumber, TABLE_SORT_DESCEND}}};
     struct Case {
         const char* name;
@@ -57,12 +59,11 @@ TEST_F(AllRows, ComeFromTheBeginningWithWhatIsSet) {
     };
     const Case cases[] = {
         {"as it stands", nullptr, nullptr, nullptr, 0, S_OK, "0|0 1|-1 2|-2 3|-3"},
-        {"columns", &columns, nullptr, nullptr, 0, S_OK, "0 -1 -2 -3"},
-        {"restriction", &columns, &few, nullptr, 0, S_OK, "0 -1 -2"},
-        {"order", &columns, nullptr, backward, 0, S_OK, "-3 -2 -1 0"},
         {"all three", &columns, &few, backward, 0, S_OK, "-2 -1 0"},
         {"as many as allowed", &columns, nullptr, nullptr, 4, S_OK, "0 -1 -2 -3"},
         {"more than allowed", &columns, nullptr, nullptr, 3, MAPI_E_TABLE_TOO_BIG, ""},
+        {"a restriction that is refused", nullptr, &pattern, nullptr, 0, MAPI_E_TOO_COMPLEX, ""},
+        {"an order that is refused", nullptr, nullptr, categories, 0, MAPI_E_TOO_COMPLEX, ""},
         {"not more with the restriction", &columns, &few, nullptr, 3, S_OK, "0 -1 -2"},
     };
     for (const Case& c : cases) {
@@ -72,10 +73,7 @@ TEST_F(AllRows, ComeFromTheBeginningWithWhatIsSet) {
         LPSRowSet got = nullptr;
         EXPECT_EQ(HrQueryAllRows(table.Get(), c.columns, c.restriction, c.sorts, c.most, &got), c.result);
         const RowSetPointer rows(got);
-        ASSERT_EQ(rows != nullptr, c.result == S_OK);
-        if (rows != nullptr) {
-            EXPECT_EQ(RowsText(*rows), c.rows);
-        }
+        EXPECT_EQ(rows == nullptr ? "" : RowsText(*rows), c.rows);
     }
 }
 
@@ -91,20 +89,6 @@ TEST_F(AllRows, OfManyOrNoneAreOneSet) {
         EXPECT_EQ(LiveBuffers(), count + 1);
         FreeProws(got);
     }
-}
-
-TEST_F(AllRows, FailAsTheTableDoes) {
-    RestrictionMaker maker;
-    const ComPtr<IMAPITable> table = Numbers(1);
-    SPropTagArray noColumns{0, {}};
-    SRestriction pattern = maker.Property(RELOP_RE, maker.Wide("x"));
-    const SizedSSortOrderSet<1> categories{1, 1, 0, {{kNumber, TABLE_SORT_ASCEND}}};
-    LPSRowSet rows = nullptr;
-    EXPECT_EQ(HrQueryAllRows(table.Get(), &noColumns, nullptr, nullptr, 0, &rows), MAPI_E_INVALID_PARAMETER);
-    EXPECT_EQ(HrQueryAllRows(table.Get(), nullptr, &pattern, nullptr, 0, &rows), MAPI_E_TOO_COMPLEX);
-    EXPECT_EQ(HrQueryAllRows(table.Get(), nullptr, nullptr, categories, 0, &rows), MAPI_E_TOO_COMPLEX);
-    EXPECT_EQ(HrQueryAllRows(nullptr, nullptr, nullptr, nullptr, 0, &rows), MAPI_E_INVALID_PARAMETER);
-    EXPECT_EQ(HrQueryAllRows(table.Get(), nullptr, nullptr, nullptr, 0, nullptr), MAPI_E_INVALID_PARAMETER);
 }
 
 // A table of somebody's own: a row a call, and at some call something else.

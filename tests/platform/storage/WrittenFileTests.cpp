@@ -1,6 +1,7 @@
 // What the writer puts into files and byte arrays, read by others: the strict checker, and the gsf tool where it is
 // installed. And what becomes of the old file when writing fails.
 #include "StrictChecker.h"
+#include "testing/FaultyBytes.h"
 
 #include <array>
 #include <csignal>
@@ -202,44 +203,6 @@ TEST(WrittenFiles, AreReplacedInPlaceInAFolderThatMayNotChange) {
     EXPECT_EQ(StrictChecker(ReadFile(folder.Path("file"))).Check(), expected);
 }
 
-// A byte array whose n-th changing or reading call fails.
-class FaultyBytes final : public ILockBytes {
-public:
-    explicit FaultyBytes(ILockBytes* bytes) : m_bytes(bytes) { m_bytes->AddRef(); }
-    ~FaultyBytes() { m_bytes->Release(); }
-
-    int failAt = -1;  // counts down; the call that finds 0 fails, and none after it
-    int calls = 0;
-
-    HRESULT QueryInterface(REFIID riid, void** object) override { return m_bytes->QueryInterface(riid, object); }
-    ULONG AddRef() override { return ++m_references; }
-    ULONG Release() override { return --m_references; }
-    HRESULT ReadAt(ULARGE_INTEGER offset, void* pv, ULONG cb, ULONG* got) override {
-        STATSTG stat = {};
-        m_bytes->Stat(&stat, STATFLAG_NONAME);
-        const bool beyond = offset.QuadPart + cb > stat.cbSize.QuadPart;  // some arrays are strict about their end
-        return Fails() || beyond ? STG_E_READFAULT : m_bytes->ReadAt(offset, pv, cb, got);
-    }
-    HRESULT WriteAt(ULARGE_INTEGER offset, const void* pv, ULONG cb, ULONG* written) override {
-        return Fails() ? STG_E_MEDIUMFULL : m_bytes->WriteAt(offset, pv, cb, written);
-    }
-    HRESULT Flush() override { return Fails() ? STG_E_WRITEFAULT : m_bytes->Flush(); }
-    HRESULT SetSize(ULARGE_INTEGER cb) override { return Fails() ? STG_E_MEDIUMFULL : m_bytes->SetSize(cb); }
-    HRESULT LockRegion(ULARGE_INTEGER, ULARGE_INTEGER, DWORD) override { return STG_E_INVALIDFUNCTION; }
-    HRESULT UnlockRegion(ULARGE_INTEGER, ULARGE_INTEGER, DWORD) override { return STG_E_INVALIDFUNCTION; }
-    HRESULT Stat(STATSTG* stat, DWORD flags) override { return m_bytes->Stat(stat, flags); }
-
-    ULONG References() const { return m_references; }
-
-private:
-    bool Fails() {
-        ++calls;
-        return failAt >= 0 && failAt-- == 0;
-    }
-    ILockBytes* m_bytes;
-    ULONG m_references = 1;
-};
-
 TEST(WrittenFiles, SurviveAFaultInEveryCallToTheByteArray) {
     const auto prepare = [](IStorage* root) {
         AddStream(root, "before"_w, Pattern(31'000, 1));
@@ -250,7 +213,7 @@ TEST(WrittenFiles, SurviveAFaultInEveryCallToTheByteArray) {
         SCOPED_TRACE(n);
         Held<ILockBytes> memory;
         ASSERT_EQ(CreateILockBytesOnHGlobal(nullptr, TRUE, memory.Put()), S_OK);
-        FaultyBytes bytes(memory.Get());
+        vx_testing::FaultyBytes bytes(memory.Get());
         Held<IStorage> root;
         ASSERT_EQ(StgCreateDocfileOnILockBytes(&bytes, kExclusive | STGM_TRANSACTED, 0, root.Put()), S_OK);
         prepare(root.Get());
@@ -259,7 +222,6 @@ TEST(WrittenFiles, SurviveAFaultInEveryCallToTheByteArray) {
         const std::map<CStringW, Bytes> expected = {
             {"before"_w, Pattern(31'000, 1)}, {"small"_w, Pattern(100, 2)}, {"a"_w, Pattern(300'000, 3)}};
         bytes.failAt = n;
-        bytes.calls = 0;
         const HRESULT hr = root->Commit(STGC_DEFAULT);
         const bool reached = bytes.failAt < 0;
         bytes.failAt = -1;

@@ -95,6 +95,20 @@ TEST_F(LifeTest, ADisconnectedInstanceConnectsByItselfWithAFreshList) {
               (Words{"MAPIUninitialize()", "MAPIInitialize(0,00000001)"}));
 }
 
+TEST_F(LifeTest, TheFirstQueryAfterADisconnectFindsItsProfileInTheFreshList) {
+    AddService(*mapi.profiles.front(), "MSEMS", 0x11);
+    mapi.script.On("MAPIAdminProfiles", [this] {
+        return mapi.initialized == 0 ? std::optional<HRESULT>(MAPI_E_NOT_INITIALIZED) : std::nullopt;
+    });
+    Initialize();
+    EXPECT_EQ(instance.Disconnect(), S_OK);
+    EXPECT_EQ(instance.GetStoreFolders(host.profile.c_str(), host.store.c_str(), &host.value), S_OK);
+    EXPECT_EQ(TakeList().size(), 2U);
+    EXPECT_EQ(instance.GetSystemProfiles(&host.value), S_OK);
+    EXPECT_EQ(TakeList(), Words{"Work|yes|yes"});
+    EXPECT_EQ(mapi.script.Count("MAPILogonEx"), 1);
+}
+
 TEST_F(LifeTest, AFolderCacheIsClearedOnlyWhereThereIsOne) {
     Initialize();
     const auto clear = [&] { return instance.ClearFolderCache(host.profile.c_str(), host.store.c_str()); };

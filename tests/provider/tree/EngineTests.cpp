@@ -118,6 +118,7 @@ TEST_F(EngineTest, NamesTheFirstProfileThatIsTheDefault) {
         {"administration", "MAPIAdminProfiles", E_FAIL, "MAPIAdminProfiles failed (80004005)"},
         {"no object", "MAPIAdminProfiles", S_OK, "MAPIAdminProfiles failed (0)"},
         {"table", "IProfAdmin::GetProfileTable", MAPI_E_NO_ACCESS, "GetProfileTable failed (80070005)"},
+        {"no table", "IProfAdmin::GetProfileTable", S_OK, "GetProfileTable failed (0)"},
         {"rows", "HrQueryAllRows", MAPI_E_BUSY, "HrQueryAllRows failed (8004010b)"},
         {"none", "HrQueryAllRows", S_OK, "HrQueryAllRows returned no profiles."},
     };

@@ -85,8 +85,14 @@ TEST_F(ProvisioningTest, AddsExchangeAndLooksForItInASessionOfItsOwn) {
               (Words{"DEBUG: adding MSEMS messaging service", "DEBUG: Configuring message service...",
                      "DEBUG: Added Exchange Server OK.", "INFO: MapiLogonEx success!"}));
 
-    mapi.script.Fail("MAPILogonEx", MAPI_E_LOGON_FAILED);
+    const TempFolder elsewhere;
+    const std::filesystem::path before = std::filesystem::current_path();
+    mapi.script.On("MAPILogonEx", [&] {
+        std::filesystem::current_path(elsewhere.Path());
+        return std::optional<HRESULT>(MAPI_E_LOGON_FAILED);
+    });
     EXPECT_TRUE(engine.AddExchangeToProfile("Work"_w, "server"_w, "user"_w, false));
+    EXPECT_EQ(std::filesystem::current_path(), before);
 }
 
 TEST_F(ProvisioningTest, AddingExchangeFailsAtEachStep) {

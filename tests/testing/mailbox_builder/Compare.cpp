@@ -109,7 +109,7 @@ private:
     }
     bool IsElement(ByteView bytes, const CStringW& value) const {
         return pst::BaseOf(m_got.type) == pst::PropertyType::String8 ? pst::FromCodePage(bytes, m_codePage) == value
-                                                                     : pst::FromUtf16(bytes) == value;
+                                                                     : FromUtf16(bytes) == value;
     }
 
     pst::PropertyValue& m_got;
@@ -127,7 +127,9 @@ std::uint16_t Comparison::IdOf(const Property& property) {
         return static_cast<std::uint16_t>(property.tag >> 16);
     }
     const Name& name = *property.name;
-    return m_store.Names().Find({name.set, !name.text.empty(), name.number, name.text}).value_or(0);
+    const localmapi::PropertyName wanted{name.set, !name.text.empty(), name.number, name.text};
+    const auto found = std::ranges::find(m_names, wanted, &localmapi::NamedId::name);
+    return found == m_names.end() ? 0 : found->id;
 }
 
 void Comparison::CompareValue(const Context& at, const Property& expected, Result<pst::PropertyValue> got,

@@ -15,7 +15,8 @@ namespace mailbox_builder {
 class Comparison {
 public:
     // `store` is borrowed and outlives the comparison.
-    Comparison(localmapi::pst::Store& store, Form form) : m_store(store), m_isAnsi(form == Form::Ansi) {}
+    Comparison(localmapi::pst::Store& store, Form form)
+        : m_store(store), m_names(store.LoadNames()), m_isAnsi(form == Form::Ansi) {}
 
     // A message and its row in `list`, the table of its folder.
     void OfMessage(MessageId id, const Message& expected, localmapi::pst::ItemList& list);
@@ -45,6 +46,7 @@ private:
     void Differ(const Context& at, const std::string& how) { m_differences.push_back(at.where + ": " + how); }
 
     localmapi::pst::Store& m_store;
+    std::vector<localmapi::NamedId> m_names;
     bool m_isAnsi;
     std::vector<std::string> m_differences;
 };

@@ -4,14 +4,13 @@
 // hundreds of them (readpst).
 #include "mapi/PropTags.h"
 #include "tests/testing/mailbox_builder/Samples.h"
+#include "tests/testing/support/ForeignTools.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <string>
 
 namespace mailbox_builder {
@@ -36,11 +35,6 @@ constexpr Kind kKinds[] = {
     {"large-pages", Form::LargePages, Encryption::None, Shape::Pst},
 };
 
-std::string Contents(const fs::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(file), {});
-}
-
 std::string AsText(const Bytes& bytes) {
     return std::string(reinterpret_cast<const char*>(bytes.data()), bytes.size());
 }
@@ -52,22 +46,10 @@ std::ptrdiff_t CountEntries(const fs::path& folder, const std::string& prefix) {
                : -1;
 }
 
-// A file of a kind in a folder of its own, gone afterwards.
-class Tools : public testing::Test {
+class Tools : public ForeignTools {
 protected:
-    void SetUp() override {
-        m_folder = fs::path(testing::TempDir())
-                   / ("mailbox-tools-" + std::string(testing::UnitTest::GetInstance()->current_test_info()->name()));
-    }
-    void TearDown() override { fs::remove_all(m_folder); }
-
-    static bool IsMissing(const std::string& tool) {
-        return std::system(("command -v " + tool + " >/dev/null 2>&1").c_str()) != 0;
-    }
-
     void WriteMailbox(const Kind& kind) {
-        fs::remove_all(m_folder);
-        fs::create_directories(m_folder);
+        EmptyFolder();
         MailboxBuilder builder({.form = kind.form, .encryption = kind.encryption, .shape = kind.shape});
         const FolderId all = builder.AddFolder("Everything");
         const FolderId plain = builder.AddFolder("Plain");
@@ -86,29 +68,9 @@ protected:
             builder.Add(plain, SimpleMessage("plain " + std::to_string(i)));
         }
         const Mailbox mailbox = builder.Finish();
-        std::ofstream file(m_folder / "mailbox", std::ios::binary);
+        std::ofstream file(Folder() / "mailbox", std::ios::binary);
         file << AsText(mailbox.bytes);
     }
-
-    // Gives all that the tool says.
-    std::string Run(const std::string& command) const {
-        const fs::path output = m_folder / "output";
-        const int result =
-            std::system(("cd '" + m_folder.string() + "' && " + command + " >output 2>&1 </dev/null").c_str());
-        EXPECT_EQ(result, 0) << command;
-        return Contents(output);
-    }
-
-    static void ExpectNoComplaint(std::string output) {
-        std::transform(output.begin(), output.end(), output.begin(),
-                       [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
-        for (const char* word :
-             {"unable", "error", "warning", "corrupt", "invalid", "unsupported", "missing", "failed"}) {
-            EXPECT_EQ(output.find(word), std::string::npos) << output;
-        }
-    }
-
-    fs::path m_folder;
 };
 
 TEST_F(Tools, PffinfoKnowsTheFiles) {
@@ -119,7 +81,7 @@ TEST_F(Tools, PffinfoKnowsTheFiles) {
         SCOPED_TRACE(kind.name);
         WriteMailbox(kind);
         const std::string output = Run("pffinfo mailbox");
-        ExpectNoComplaint(output);
+        EXPECT_FALSE(IsComplaint(output)) << output;
         EXPECT_NE(output.find(kind.form == Form::Ansi ? "32-bit" : "64-bit"), std::string::npos) << output;
         EXPECT_NE(output.find(kind.encryption == Encryption::None      ? "none"
                               : kind.encryption == Encryption::Permute ? "compressible"
@@ -136,18 +98,19 @@ TEST_F(Tools, PffexportFindsEveryMessageAndTheBytesOfAttachments) {
     for (const Kind& kind : kKinds) {
         SCOPED_TRACE(kind.name);
         WriteMailbox(kind);
-        ExpectNoComplaint(Run("pffexport -q -t out mailbox"));
-        const fs::path top = m_folder / "out.export"
+        const std::string said = Run("pffexport -q -t out mailbox");
+        EXPECT_FALSE(IsComplaint(said)) << said;
+        const fs::path top = Folder() / "out.export"
                              / (kind.shape == Shape::Pst ? "Top of Personal Folders" : "Root - Mailbox/IPM_SUBTREE");
         EXPECT_EQ(CountEntries(top / "Plain", "Message"), static_cast<std::ptrdiff_t>(kPlain));
         EXPECT_EQ(CountEntries(top / "Everything", "Message"), 5);
         EXPECT_EQ(CountEntries(top / "Everything/Message00005/Attachments", ""), 400);
         const fs::path attachments = top / "Everything/Message00003/Attachments";
         EXPECT_EQ(CountEntries(attachments, ""), 5);
-        EXPECT_EQ(Contents(attachments / "2_small.bin"), AsText(Pattern(100)));
-        EXPECT_EQ(Contents(attachments / "3_large.bin"), AsText(Pattern(300'000)));
+        EXPECT_EQ(ContentOf(attachments / "2_small.bin"), AsText(Pattern(100)));
+        EXPECT_EQ(ContentOf(attachments / "3_large.bin"), AsText(Pattern(300'000)));
         EXPECT_EQ(CountEntries(attachments / "Attachment00004", "Message00001"), 1);
-        EXPECT_EQ(Contents(attachments / "5_Attachment.txt"), AsText(Pattern(70'000)));
+        EXPECT_EQ(ContentOf(attachments / "5_Attachment.txt"), AsText(Pattern(70'000)));
     }
 }
 
@@ -159,16 +122,16 @@ TEST_F(Tools, ReadpstFindsEveryMessageAndThoseWithinOthers) {
         SCOPED_TRACE(kind.name);
         WriteMailbox(kind);
         const std::string output = Run("readpst -j 0 -e -o . mailbox");
-        ExpectNoComplaint(output);
+        EXPECT_FALSE(IsComplaint(output)) << output;
         EXPECT_NE(output.find("\"Everything\" - 5 items done, 0 items skipped."), std::string::npos) << output;
         EXPECT_NE(output.find("\"Plain\" - 120 items done, 0 items skipped."), std::string::npos) << output;
         fs::path found;
-        for (const auto& entry : fs::recursive_directory_iterator(m_folder)) {
+        for (const auto& entry : fs::recursive_directory_iterator(Folder())) {
             found = entry.path().filename() == "3.eml" && entry.path().parent_path().filename() == "Everything"
                         ? entry.path()
                         : found;
         }
-        const std::string text = Contents(found);
+        const std::string text = ContentOf(found);
         for (const char* part :
              {"Subject: every attachment", "Subject: the outermost", "Subject: one around", "Subject: two around",
               "Subject: the innermost", "deep.bin", "beside.bin", "small.bin", "large.bin"}) {

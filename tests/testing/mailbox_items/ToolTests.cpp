@@ -3,13 +3,13 @@
 #include "mapi/PropTags.h"
 #include "testing/mailbox_builder/SampleMailbox.h"
 #include "testing/mailbox_builder/items/Wording.h"
+#include "tests/testing/support/ForeignTools.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <iterator>
 #include <sstream>
 #include <string>
@@ -25,37 +25,15 @@ struct FormRow {
 };
 constexpr FormRow kForms[] = {{"Unicode", Form::Unicode}, {"ANSI", Form::Ansi}};
 
-class SampleTools : public testing::Test {
+class SampleTools : public ForeignTools {
 protected:
-    void SetUp() override {
-        m_folder = fs::path(testing::TempDir())
-                   / ("sample-tools-" + std::string(testing::UnitTest::GetInstance()->current_test_info()->name()));
-    }
-    void TearDown() override { fs::remove_all(m_folder); }
-
-    static bool IsMissing(const std::string& tool) {
-        return std::system(("command -v " + tool + " >/dev/null 2>&1").c_str()) != 0;
-    }
-
     void Write(Form form) {
-        fs::remove_all(m_folder);
-        fs::create_directories(m_folder);
+        EmptyFolder();
         WriterOptions options;
         options.form = form;
-        const Status written = WriteSampleMailbox(m_folder / "sample.pst", options);
+        const Status written = WriteSampleMailbox(Folder() / "sample.pst", options);
         ASSERT_TRUE(written) << written.Failure().text;
     }
-
-    // All that the program says.
-    std::string Run(const std::string& command) const {
-        const int result =
-            std::system(("cd '" + m_folder.string() + "' && " + command + " >said 2>&1 </dev/null").c_str());
-        EXPECT_EQ(result, 0) << command;
-        std::ifstream file(m_folder / "said", std::ios::binary);
-        return std::string(std::istreambuf_iterator<char>(file), {});
-    }
-
-    fs::path m_folder;
 };
 
 std::string Narrow(const CStringW& text) {
@@ -64,15 +42,6 @@ std::string Narrow(const CStringW& text) {
 
 bool IsAscii(const CStringW& text) {
     return std::all_of(text.begin(), text.end(), [](WCHAR unit) { return unit < 0x80; });
-}
-
-// A line of the output that tells of something wrong.
-bool IsComplaint(std::string line) {
-    std::transform(line.begin(), line.end(), line.begin(),
-                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
-    constexpr const char* kWords[] = {"unable", "error", "corrupt", "invalid", "unsupported", "missing", "mismatch"};
-    return std::any_of(std::begin(kWords), std::end(kWords),
-                       [&](const char* word) { return line.find(word) != std::string::npos; });
 }
 
 // pffexport knows no attachment by reference but one kind, no class that is empty, and takes the checksum of RTF that
@@ -132,7 +101,7 @@ TEST_F(SampleTools, PffexportFindsTheItemsOfEveryFolder) {
             }
             SCOPED_TRACE(Narrow(folder.path));
             const auto leftOut = std::count_if(folder.messages.begin(), folder.messages.end(), IsLeftOutByPffexport);
-            const fs::path exported = m_folder / "out.export" / "Top of Personal Folders" / Narrow(folder.path);
+            const fs::path exported = Folder() / "out.export" / "Top of Personal Folders" / Narrow(folder.path);
             ASSERT_TRUE(fs::is_directory(exported));
             EXPECT_EQ(CountItems(exported), static_cast<std::ptrdiff_t>(folder.messages.size()) - leftOut);
         }

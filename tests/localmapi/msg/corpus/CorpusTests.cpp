@@ -14,7 +14,6 @@
 #include <filesystem>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 namespace localmapi::testing {
@@ -116,25 +115,6 @@ TEST(MessageCorpus, EveryFileReadsAsItIsRecorded) {
         TakeOutDifferences(name, recorded, found);
         TakeTerminatedBodies(recorded, found);
         Compare(recorded, found);
-    }
-}
-
-// The record's page for 8-bit texts was the first that fits, in another order of candidates; where it tells nothing
-// but ASCII apart it decides nothing.
-TEST(MessageCorpus, EightBitTextsAreInThePageThatIsRecorded) {
-    constexpr auto kTold = std::to_array<std::pair<const char*, UINT>>({
-        {"ansi-chinese-big5.msg", 950},
-        {"ansi-contact-japanese.msg", 932},
-        {"ansi-cp1251-html.msg", 1251},
-        {"ansi-french-subject.msg", 1252},
-        {"ansi-nonunicode-mail.msg", 932},
-    });
-    if (MessageFiles().empty()) {
-        GTEST_SKIP() << "there is no corpus: set VX_CORPUS";
-    }
-    for (const auto& [name, page] : kTold) {
-        MemoryFile file(ReadFile(CorpusFolder() / "msg" / name));
-        EXPECT_EQ(Opened(file.Open())->CodePage(), page) << name;
     }
 }
 

@@ -7,7 +7,7 @@
 #include "tests/localmapi/pst/support/Sha1.h"
 
 #include <array>
-#include <cstdio>
+#include <span>
 #include <string_view>
 
 namespace localmapi::testing {
@@ -68,36 +68,9 @@ constexpr auto kAttachmentTexts = std::to_array<Fact>({
     {"content_id", PR_ATTACH_CONTENT_ID},
 });
 
-// Texts of damaged files may be followed by zeros, of which the record has none or some.
-void Put(Facts& facts, const std::string& name, const std::string& value) {
-    if (const std::size_t last = value.find_last_not_of('\0'); last != std::string::npos) {
-        facts[name] = value.substr(0, last + 1);
-    }
-}
-
 std::string Digest(const std::string& bytes) {
     return std::to_string(bytes.size()) + ' '
            + Sha1Of(ByteView(reinterpret_cast<const std::byte*>(bytes.data()), bytes.size()));
-}
-
-std::string TimeText(std::uint64_t ticks) {
-    constexpr std::uint64_t kDay = 86400ULL * 10'000'000;
-    constexpr std::uint64_t kDaysTo1970 = 134774;
-    // Days since 1970-03-01 to a date, by eras of 400 years.
-    const auto days = static_cast<std::int64_t>(ticks / kDay) - static_cast<std::int64_t>(kDaysTo1970) + 719468;
-    const std::int64_t era = days / 146097;
-    const std::int64_t ofEra = days % 146097;
-    const std::int64_t year = (ofEra - ofEra / 1460 + ofEra / 36524 - ofEra / 146096) / 365;
-    const std::int64_t ofYear = ofEra - (365 * year + year / 4 - year / 100);
-    const std::int64_t month = (5 * ofYear + 2) / 153;
-    const std::int64_t day = ofYear - (153 * month + 2) / 5 + 1;
-    const std::uint64_t seconds = ticks % kDay / 10'000'000;
-    char text[64];
-    std::snprintf(
-        text, sizeof text, "%04d-%02d-%02dT%02d:%02d:%02dZ", static_cast<int>(year + era * 400 + (month >= 10 ? 1 : 0)),
-        static_cast<int>(month < 10 ? month + 3 : month - 9), static_cast<int>(day), static_cast<int>(seconds / 3600),
-        static_cast<int>(seconds / 60 % 60), static_cast<int>(seconds % 60));
-    return text;
 }
 
 std::string TextIn(PropertySource& source, ULONG tag) {
@@ -196,36 +169,21 @@ void AddAttachments(Facts& facts, MessageSource& message) {
             facts[prefix + "storage"] = ElementList(**storage);
         }
         if (const auto embedded = (*attachment)->OpenMessage()) {
-            for (const auto& [name, value] : FactsOf(**embedded)) {
-                facts[prefix + name] = value;
-            }
+            PutAll(facts, prefix, FactsOf(**embedded));
         }
     }
-}
-
-std::string StringIn(const nlohmann::json& object, const char* key) {
-    const auto found = object.find(key);
-    if (found == object.end() || found->is_null()) {
-        return {};
-    }
-    return found->is_string() ? found->get<std::string>() : found->dump();
-}
-
-// "length sha1" of a part of the record.
-std::string DigestIn(const nlohmann::json& object, const char* length, const char* sha1) {
-    return StringIn(object, length) + ' ' + StringIn(object, sha1);
 }
 
 void AddRecordedParts(Facts& facts, const nlohmann::json& message) {
     facts["recipients"] = StringIn(message, "recipient_count");
     facts["attachments"] = StringIn(message, "attachment_count");
-    const nlohmann::json recipients = message.value("recipients", nlohmann::json::array());
+    const nlohmann::json recipients = ListIn(message, "recipients");
     for (std::size_t i = 0; i < recipients.size(); ++i) {
         for (const char* key : {"name", "email", "addrtype", "smtp", "type"}) {
             Put(facts, "recipient " + std::to_string(i) + ' ' + key, StringIn(recipients[i], key));
         }
     }
-    const nlohmann::json attachments = message.value("attachments", nlohmann::json::array());
+    const nlohmann::json attachments = ListIn(message, "attachments");
     for (std::size_t i = 0; i < attachments.size(); ++i) {
         const nlohmann::json& attachment = attachments[i];
         const std::string prefix = "attachment " + std::to_string(i) + ' ';
@@ -244,9 +202,7 @@ void AddRecordedParts(Facts& facts, const nlohmann::json& message) {
             facts[prefix + "storage"] = list;
         }
         if (attachment.contains("embedded")) {
-            for (const auto& [name, value] : FactsOf(attachment["embedded"])) {
-                facts[prefix + name] = value;
-            }
+            PutAll(facts, prefix, FactsOf(attachment["embedded"]));
         }
     }
 }
@@ -274,14 +230,10 @@ Facts FactsOf(MessageSource& message) {
 
 Facts FactsOf(const nlohmann::json& message) {
     Facts facts;
-    for (const Fact& fact : kTexts) {
-        Put(facts, fact.name, StringIn(message, fact.name));
-    }
-    for (const Fact& fact : kNumbers) {
-        Put(facts, fact.name, StringIn(message, fact.name));
-    }
-    for (const Fact& fact : kTimes) {
-        Put(facts, fact.name, StringIn(message, fact.name));
+    for (const std::span<const Fact> list : {std::span<const Fact>(kTexts), {kNumbers}, {kTimes}}) {
+        for (const Fact& fact : list) {
+            Put(facts, fact.name, StringIn(message, fact.name));
+        }
     }
     if (const auto headers = message.find("transport_headers"); headers != message.end()) {
         facts["transport_headers"] = StringIn(*headers, "chars");

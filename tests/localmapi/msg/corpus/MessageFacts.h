@@ -1,18 +1,10 @@
-// The facts about a message file that the corpus records, as lines of text: "subject = ...", "attachment 0 sha1 = ...".
-// Made from what the reader gives, and from the record, they can be compared line by line.
+// The facts about a message file that the corpus records.
 #pragma once
 
 #include "localmapi/model/MessageSource.h"
-
-#include <nlohmann/json.hpp>
-
-#include <map>
-#include <string>
+#include "tests/localmapi/support/Facts.h"
 
 namespace localmapi::testing {
-
-// Fact by name. Facts that are empty are left out on both sides.
-using Facts = std::map<std::string, std::string>;
 
 Facts FactsOf(MessageSource& message);
 

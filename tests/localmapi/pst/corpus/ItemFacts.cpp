@@ -6,7 +6,7 @@
 #include "tests/localmapi/pst/support/Sha1.h"
 
 #include <array>
-#include <cstdio>
+#include <span>
 #include <utility>
 
 namespace localmapi::testing {
@@ -17,33 +17,6 @@ using pst::IdOf;
 using pst::PropertyType;
 
 constexpr std::size_t kRecordedRecipients = 25;
-
-void Put(Facts& facts, const std::string& name, std::string value) {
-    if (!value.empty()) {
-        facts[name] = std::move(value);
-    }
-}
-
-// Times as the record writes them; the calendar is computed here, not by what is under test.
-std::string TimeText(std::int64_t ticks) {
-    const std::int64_t seconds = ticks / 10'000'000;
-    std::int64_t day = seconds / 86400;
-    std::int64_t year = 1601;
-    const auto isLeap = [](std::int64_t y) { return y % 4 == 0 && (y % 100 != 0 || y % 400 == 0); };
-    for (; day >= (isLeap(year) ? 366 : 365); ++year) {
-        day -= isLeap(year) ? 366 : 365;
-    }
-    int month = 0;
-    const std::array<int, 12> days{31, isLeap(year) ? 29 : 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
-    for (; day >= days[static_cast<std::size_t>(month)]; ++month) {
-        day -= days[static_cast<std::size_t>(month)];
-    }
-    std::array<char, 40> text{};
-    std::snprintf(text.data(), text.size(), "%04d-%02d-%02dT%02d:%02d:%02dZ", static_cast<int>(year), month + 1,
-                  static_cast<int>(day) + 1, static_cast<int>(seconds / 3600 % 24), static_cast<int>(seconds / 60 % 60),
-                  static_cast<int>(seconds % 60));
-    return text.data();
-}
 
 // Length and digest, read in pieces of an awkward size.
 std::pair<std::uint64_t, std::string> Digest(pst::ValueStream& stream) {
@@ -162,19 +135,9 @@ void AddAttachments(Facts& facts, pst::Message& message) {
             facts[prefix + "length"] = std::to_string(length);
         }
         if (Result<pst::Message> embedded = attachment->OpenMessage()) {
-            for (const auto& [key, value] : FactsOf(*embedded)) {
-                facts[prefix + key] = value;
-            }
+            PutAll(facts, prefix, FactsOf(*embedded));
         }
     }
-}
-
-std::string StringIn(const nlohmann::json& item, const char* key) {
-    const auto found = item.find(key);
-    if (found == item.end() || found->is_null()) {
-        return {};
-    }
-    return found->is_string() ? found->get<std::string>() : found->dump();
 }
 
 }  // namespace
@@ -209,7 +172,7 @@ Facts FactsOf(pst::Message& message) {
     }
     for (const TextFact& fact : kTimes) {
         if (const auto ticks = pst::ReadInteger(message.Properties(), IdOf(fact.tag))) {
-            facts[fact.name] = TimeText(*ticks);
+            facts[fact.name] = TimeText(static_cast<std::uint64_t>(*ticks));
         }
     }
     AddBodies(facts, message);
@@ -220,47 +183,40 @@ Facts FactsOf(pst::Message& message) {
 
 Facts FactsOf(const nlohmann::json& item) {
     Facts facts;
-    for (const TextFact& fact : kTexts) {
-        Put(facts, fact.name, StringIn(item, fact.name));
-    }
-    for (const TextFact& fact : kNumbers) {
-        Put(facts, fact.name, StringIn(item, fact.name));
-    }
-    for (const TextFact& fact : kTimes) {
-        Put(facts, fact.name, StringIn(item, fact.name));
+    for (const std::span<const TextFact> list : {std::span<const TextFact>(kTexts), {kNumbers}, {kTimes}}) {
+        for (const TextFact& fact : list) {
+            Put(facts, fact.name, StringIn(item, fact.name));
+        }
     }
     Put(facts, "subject", StringIn(item, "subject"));
     if (const auto body = item.find("plain"); body != item.end() && body->contains("raw")) {
-        facts["plain"] =
-            StringIn(*body, "type") + ' ' + StringIn((*body)["raw"], "length") + ' ' + StringIn((*body)["raw"], "sha1");
+        facts["plain"] = StringIn(*body, "type") + ' ' + DigestIn((*body)["raw"], "length", "sha1");
     }
     if (const auto body = item.find("html"); body != item.end()) {
-        facts["html"] = StringIn(*body, "length") + ' ' + StringIn(*body, "sha1");
+        facts["html"] = DigestIn(*body, "length", "sha1");
     }
     if (const auto body = item.find("rtf"); body != item.end()) {
         facts["rtf compressed"] = StringIn(*body, "compressed");
     }
     facts["recipients"] = StringIn(item, "recipient_count");
-    const nlohmann::json recipients = item.value("recipients", nlohmann::json::array());
+    const nlohmann::json recipients = ListIn(item, "recipients");
     for (std::size_t i = 0; i < recipients.size(); ++i) {
         for (const char* key : {"name", "email", "smtp", "type"}) {
             Put(facts, "recipient " + std::to_string(i) + ' ' + key, StringIn(recipients[i], key));
         }
     }
     facts["attachments"] = StringIn(item, "attachment_count");
-    const nlohmann::json attachments = item.value("attachments", nlohmann::json::array());
+    const nlohmann::json attachments = ListIn(item, "attachments");
     for (std::size_t i = 0; i < attachments.size(); ++i) {
         const std::string prefix = "attachment " + std::to_string(i) + ' ';
         Put(facts, prefix + "method", StringIn(attachments[i], "method"));
         Put(facts, prefix + "name", StringIn(attachments[i], "name"));
         Put(facts, prefix + "size", StringIn(attachments[i], "size_0e20"));
         if (attachments[i].contains("sha1")) {
-            facts[prefix + "content"] = StringIn(attachments[i], "length") + ' ' + StringIn(attachments[i], "sha1");
+            facts[prefix + "content"] = DigestIn(attachments[i], "length", "sha1");
         }
         if (attachments[i].contains("embedded")) {
-            for (const auto& [key, value] : FactsOf(attachments[i]["embedded"])) {
-                facts[prefix + key] = value;
-            }
+            PutAll(facts, prefix, FactsOf(attachments[i]["embedded"]));
         }
     }
     return facts;

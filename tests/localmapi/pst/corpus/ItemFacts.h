@@ -1,18 +1,12 @@
-// The facts about an item that the corpus records, as lines of text: "subject = ...", "attachment 0 sha1 = ...". Made
-// from what the reader gives, and from the record, they can be compared line by line.
+// The facts about an item that the corpus records.
 #pragma once
 
 #include "localmapi/pst/messaging/Store.h"
+#include "tests/localmapi/support/Facts.h"
 
-#include <nlohmann/json.hpp>
-
-#include <map>
 #include <string>
 
 namespace localmapi::testing {
-
-// Fact by name. Facts that are empty are left out on both sides.
-using Facts = std::map<std::string, std::string>;
 
 // What the reader finds, read through in pieces. Two facts are not recorded: "attachment N long name" and "attachment N
 // length".

@@ -1,6 +1,5 @@
-// Messages, recipients, attachments, embedded messages, and the names of named properties.
+// Messages, recipients, attachments and embedded messages.
 #include "localmapi/pst/messaging/ItemText.h"
-#include "localmapi/pst/messaging/NamedProperties.h"
 #include "localmapi/pst/messaging/PropertyIds.h"
 #include "localmapi/pst/messaging/Store.h"
 #include "mapi/MapiGuids.h"
@@ -20,7 +19,6 @@ namespace {
 
 using pst::AttachMethod;
 using pst::Message;
-using pst::NamedProperties;
 using pst::NodeId;
 
 constexpr std::uint32_t kMessage = 0x200004;
@@ -249,49 +247,6 @@ TEST(ItemText, OfASubjectIsFreedFromItsMark) {
         EXPECT_TRUE(subject.text == row.text) << row.name;
         EXPECT_EQ(subject.prefixLength, row.prefix) << row.name;
     }
-}
-
-constexpr GUID kSet = {0x00062008, 0, 0, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}};
-
-TEST(NamedProperties, AreFoundByNameAndByIdAndBadEntriesAreLeftOut) {
-    ImageBuilder image(kUnicode);
-    ByteWriter texts;
-    texts.U32(16).Append(Utf16("Keywords"));
-    const auto odd = texts.bytes.size();
-    texts.U32(1000).Append(Utf16("far"));
-    ByteWriter entries;
-    const auto entry = [&](std::uint32_t value, bool isText, unsigned set, unsigned index) {
-        entries.U32(value).U16(set << 1 | (isText ? 1 : 0)).U16(index);
-    };
-    entry(0x8503, false, 3, 0);                          // of the set in the stream
-    entry(0, true, 2, 1);                                // of PS_PUBLIC_STRINGS
-    entry(7, false, 1, 5);                               // of PS_MAPI, with a gap before it
-    entry(static_cast<std::uint32_t>(odd), true, 2, 6);  // its text runs past the stream
-    entry(5000, true, 2, 7);                             // its text lies past the stream
-    entry(1, false, 9, 8);                               // no such set
-    entry(1, false, 3, 0x8001);                          // no such id
-    entry(2, false, 3, 0);                               // an id that is taken
-    entries.U32(1);                                      // half an entry
-    const NodeData node =
-        AddProperties(image, {{0x00020102, ByteWriter().U32(0x00062008).U32(0).U32(0xC0).U32(0x46000000).Take()},
-                              {0x00030102, entries.bytes},
-                              {0x00040102, texts.bytes}});
-    image.AddNode(0x61, node.data, node.subnodes);
-    Opened file(image.Build());
-    auto map = pst::PropertyContext::Open(*file, file.Node(0x61), NodeId{0x61});
-    ASSERT_TRUE(map);
-    const NamedProperties names = NamedProperties::Load(*map, file->Problems());
-    EXPECT_EQ(names.Entries().size(), 3U);
-    EXPECT_EQ(names.Find({kSet, false, 0x8503, {}}), 0x8000);
-    EXPECT_EQ(names.Find({PS_PUBLIC_STRINGS, true, 0, "Keywords"_w}), 0x8001);
-    EXPECT_EQ(names.Find({PS_MAPI, false, 7, {}}), 0x8005);
-    EXPECT_FALSE(names.Find({PS_PUBLIC_STRINGS, true, 0, "keywords"_w}));
-    EXPECT_FALSE(names.Find({PS_MAPI, false, 0x8503, {}})) << "another set";
-    EXPECT_FALSE(names.Find({kSet, true, 0x8503, {}})) << "a text";
-    ASSERT_NE(names.NameOf(0x8001), nullptr);
-    EXPECT_TRUE(names.NameOf(0x8001)->text == "Keywords"_w);
-    EXPECT_EQ(names.NameOf(0x8002), nullptr);
-    EXPECT_EQ(file.sink.Count("contradicts itself"), 4);
 }
 
 }  // namespace

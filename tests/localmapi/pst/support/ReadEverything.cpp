@@ -16,7 +16,7 @@ public:
         if (m_store.Properties() != nullptr) {
             ReadProperties(*m_store.Properties());
         }
-        m_store.Names();
+        static_cast<void>(m_store.LoadNames());
         m_store.ReceiveFolders();
         m_store.Find(pst::SpecialFolder::IpmSubtree);
         m_store.WalkFolders(pst::Store::kRootFolder, pst::SearchFolders::Include,
