@@ -6,10 +6,12 @@
 #include <cstdio>
 #include <cstdlib>
 
+// clang-format off
+#include <windows.h>  // before the headers that need what it declares
 #include <fcntl.h>
 #include <io.h>
 #include <shellapi.h>
-#include <windows.h>
+// clang-format on
 
 namespace vxhost {
 

@@ -32,7 +32,8 @@ int main(int argumentCount, char** arguments) {
             outlook.GetStoreFolders(u"list_mail", store.At(storeId).String(), folders);
             for (const Value& folder : folders.Elements()) {
                 // A folder's URI: its type, profile, store and folder; five more fields that folders do not have.
-                const Value uri(Value::Array{6, u"list_mail", store.At(storeId), folder.At(folderId), {}, {}, {}, {}, {}});
+                const Value uri(
+                    Value::Array{6, u"list_mail", store.At(storeId), folder.At(folderId), {}, {}, {}, {}, {}});
                 for (Value page;;) {
                     std::int32_t unsupported = 0;
                     outlook.QueryItems(uri, 0, false, page, unsupported);

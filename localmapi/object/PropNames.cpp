@@ -88,8 +88,7 @@ HRESULT PropCore::GetNamesFromIDs(SPropTagArray** tags, const GUID* set, ULONG f
     for (std::size_t i = 0; i < asked.size(); ++i) {
         const ULONG id = PROP_ID(asked[i]);
         const PropertyName fixed = FixedName(id);
-        const PropertyName* name =
-            id < kFirstNamedId ? &fixed : m_names->NameOf(static_cast<std::uint16_t>(id));
+        const PropertyName* name = id < kFirstNamedId ? &fixed : m_names->NameOf(static_cast<std::uint16_t>(id));
         const bool isGiven = name != nullptr && IsWanted(*name, set, flags);
         array.get()[i] = isGiven ? GiveName(*name, memory) : nullptr;
         result = isGiven ? result : MAPI_W_ERRORS_RETURNED;

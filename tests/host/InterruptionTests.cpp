@@ -8,6 +8,9 @@
 namespace vx_testing {
 namespace {
 
+// SIGINT, where a slow build is not even ready to catch it.
+constexpr int kKilledBeforeItBegan = -2;
+
 class Interruption : public VxhostRun {
 protected:
     static const std::filesystem::path& LargeFile() {
@@ -24,7 +27,7 @@ TEST_F(Interruption, LeavesNothingBehind) {
     using namespace std::chrono_literals;
     const std::filesystem::path output = Folder() / "out.ndjson";
     const std::filesystem::path attachments = Folder() / "attachments";
-    for (const auto delay : {50ms, 300ms, 700ms}) {
+    for (const auto delay : {50ms, 200ms, 400ms}) {
         SCOPED_TRACE(delay.count());
         Process process =
             Start({"index", Utf8(LargeFile()), "-o", Utf8(output), "--save-attachments", Utf8(attachments)});
@@ -33,7 +36,8 @@ TEST_F(Interruption, LeavesNothingBehind) {
         if (!process.Interrupt()) {
             GTEST_SKIP() << "there is no console to press Ctrl-C in";
         }
-        EXPECT_EQ(process.Wait(), 130) << process.Errors();
+        const int status = process.Wait();
+        EXPECT_TRUE(status == 130 || status == kKilledBeforeItBegan) << status << process.Errors();
         EXPECT_LT(std::chrono::steady_clock::now() - begin, 1s);
         EXPECT_TRUE(Profiles().empty());
         EXPECT_FALSE(std::filesystem::exists(output));

@@ -75,9 +75,10 @@ TEST(NameList, GivesTheNamesThatMakeSenseById) {
 }
 
 TEST(NameList, TakesTheFirstOfTwoForOneId) {
-    const auto entries = "\1\0\0\0\0\0\7\0"
-                         "\2\0\0\0\0\0\3\0"
-                         "\3\0\0\0\0\0\7\0"sv;
+    const auto entries =
+        "\1\0\0\0\0\0\7\0"
+        "\2\0\0\0\0\0\3\0"
+        "\3\0\0\0\0\0\7\0"sv;
     Diagnostics problems(nullptr);
     EXPECT_EQ(TextsOf(ReadNames({{}, BytesOf(entries), {}}, "map", problems)),
               (std::vector<std::string>{"8003 00000000 number 2", "8007 00000000 number 1"}));
