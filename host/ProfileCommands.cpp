@@ -71,7 +71,7 @@ Status AddPst(Session& session, const Administration& arguments) {
 
 Status AddExchange(Session& session, const Administration& arguments) {
     RequireProfile(session, arguments);
-    if (!session.Provider().AddExchangeToProfile(arguments.At(0), arguments.At(1), arguments.At(2),
+    if (!session.Provider().AddExchangeToProfile(arguments.At(0), arguments.At(2), arguments.At(1),
                                                  arguments.isCached)) {
         FailTo("The account could not be added", "See whether the server and the mailbox are right.");
     }

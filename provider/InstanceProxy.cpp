@@ -352,9 +352,9 @@ bool InstanceProxy::RemoveDelegateStore(const Text& storeName, const Text& profi
     return worked;
 }
 
-bool InstanceProxy::AddExchangeToProfile(const Text& profileName, const Text& mailbox, const Text& server, bool flag) {
+bool InstanceProxy::AddExchangeToProfile(const Text& profileName, const Text& server, const Text& account, bool flag) {
     bool worked = false;
-    Check(Try(m_p, &COutlookInstance::AddExchangeToProfile, In(profileName), In(mailbox), In(server), In(flag),
+    Check(Try(m_p, &COutlookInstance::AddExchangeToProfile, In(profileName), In(server), In(account), In(flag),
               Out(worked)));
     return worked;
 }

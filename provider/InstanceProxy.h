@@ -125,7 +125,8 @@ public:
     bool AddDelegateToProfile(const Text& displayName, const Text& mailbox, const Text& server, const Text& serverDN,
                               const Text& profileName);
     bool RemoveDelegateStore(const Text& storeName, const Text& profileName);
-    bool AddExchangeToProfile(const Text& profileName, const Text& mailbox, const Text& server, bool flag);
+    // The server comes before the account, unlike elsewhere here.
+    bool AddExchangeToProfile(const Text& profileName, const Text& server, const Text& account, bool flag);
 
 private:
     // Fails with a negative result.

@@ -106,6 +106,8 @@ public:
     virtual HRESULT GetBinaryItemData(VARIANT uri, TBodyFormat format, bool filterToItem, VARIANT* record);
 
     // ---- Administration of profiles: `result` says whether it worked ----
+    // Of an Exchange account the server comes before the account, whatever the two are called: the texts go on by their
+    // places.
 
     virtual HRESULT CreateMAPIProfile(const WCHAR* profileName, bool& result);
     virtual HRESULT DeleteMAPIProfile(const WCHAR* profileName, bool& result);

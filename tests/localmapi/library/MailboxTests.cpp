@@ -1,4 +1,5 @@
 // The sample mailbox through the library: all that was written comes back through MAPI's interfaces.
+#include "platform/Storage.h"
 #include "tests/localmapi/library/Client.h"
 #include "tests/localmapi/library/Expectations.h"
 
@@ -195,6 +196,10 @@ TEST_F(Mailbox, RefusesToBeChanged) {
     value.ulPropTag = PR_SUBFOLDERS;
     EXPECT_EQ(top->SetProps(1, &value, nullptr), MAPI_E_NO_ACCESS);
     EXPECT_EQ(top->SaveChanges(0), MAPI_E_NO_ACCESS);
+    IUnknown* stream = nullptr;
+    EXPECT_EQ(top->OpenProperty(PR_DISPLAY_NAME_W, &IID_IStream, STGM_READWRITE, 0, &stream), MAPI_E_NO_ACCESS);
+    EXPECT_EQ(top->OpenProperty(PR_DISPLAY_NAME_W, &IID_IStream, 0, MAPI_MODIFY, &stream), MAPI_E_NO_ACCESS);
+    EXPECT_EQ(stream, nullptr);
     MAPIERROR* error = nullptr;
     ASSERT_EQ(top->GetLastError(MAPI_E_NO_ACCESS, 0, &error), S_OK);
     const Buffer<MAPIERROR> hold(error);

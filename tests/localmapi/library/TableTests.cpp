@@ -161,6 +161,33 @@ TEST_F(ContentsTable, IsPagedThroughToItsEnd) {
     EXPECT_EQ(seen, rowCount);
 }
 
+// A mistake of a client's is no crash of its process.
+TEST_F(ContentsTable, AndTheFunctionsRefuseNullPointers) {
+    ULONG number = 0;
+    ULONG_PTR connection = 0;
+    SPropValue value{};
+    const HRESULT refused[] = {
+        table->SetColumns(nullptr, 0),
+        table->QueryColumns(0, nullptr),
+        table->GetRowCount(0, nullptr),
+        table->GetStatus(&number, nullptr),
+        table->QueryPosition(&number, nullptr, &number),
+        table->FindRow(nullptr, BOOKMARK_BEGINNING, 0),
+        table->CreateBookmark(nullptr),
+        table->QuerySortOrder(nullptr),
+        table->QueryRows(1, 0, nullptr),
+        table->Advise(fnevTableModified, nullptr, &connection),
+        table->GetLastError(MAPI_E_NOT_FOUND, 0, nullptr),
+        HrQueryAllRows(table.Get(), nullptr, nullptr, nullptr, 0, nullptr),
+        HrGetOneProp(nullptr, PR_SUBJECT_W, nullptr),
+        HrSetOneProp(nullptr, &value),
+        MAPIAllocateBuffer(8, nullptr),
+    };
+    for (std::size_t i = 0; i < std::size(refused); ++i) {
+        EXPECT_EQ(refused[i], MAPI_E_INVALID_PARAMETER) << "call " << i;
+    }
+}
+
 }  // namespace
 
 }  // namespace vx_testing

@@ -59,7 +59,6 @@ protected:
     std::unique_ptr<RowSource> RowsOf(const std::vector<Facts>& all) {
         auto rows = std::make_unique<MemoryRows>(std::vector<ULONG>{kPlace});
         rows->Index(PROP_ID(kEntryId));
-        rows->Index(PROP_ID(kLongTermId));
         for (const Facts& facts : all) {
             Row row{LongValue(kPlace, static_cast<LONG>(facts.place)), m_maker.Binary(std::to_string(facts.place))};
             if (facts.number) {
@@ -73,6 +72,7 @@ protected:
             }
             rows->Add(row);
         }
+        rows->Index(PROP_ID(kLongTermId));
         return rows;
     }
 

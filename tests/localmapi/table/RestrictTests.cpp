@@ -64,6 +64,8 @@ TEST_F(TableRestrict, OfEachKindShowsTheRowsThatSatisfyIt) {
         {"text exactly", m.Property(RELOP_EQ, kText, m.Wide("Hello")), "c"},
         {"text in order, without case", m.Property(RELOP_LE, kName, m.Wide("B")), "ab"},
         {"text of the rows' page", m.Property(RELOP_EQ, kTextA, WideValue(kText, kFrench, m.Memory())), "a"},
+        {"any of several", m.Property(RELOP_EQ, kWords, m.Wide("blue")), "b"},
+        {"none of several", m.Property(RELOP_EQ, kWords, m.Wide("green")), ""},
         {"any of several, as one", m.Property(RELOP_EQ, PROP_TAG(PT_UNICODE, 0x8001) | MVI_FLAG, m.Wide("red")), "b"},
         {"content", m.Content(FL_SUBSTRING, m.Wide("ell", kText)), "c"},
         {"content without case", m.Content(FL_PREFIX | FL_IGNORECASE, m.Narrow("HEL", kTextA)), "c"},

@@ -2,6 +2,7 @@
 #include "tests/provider/mailbox/MailboxHost.h"
 
 #include <fstream>
+#include <iterator>
 
 namespace vx_testing {
 namespace {
@@ -18,6 +19,11 @@ protected:
             names.back() += Get(profile, RecordKind::Profile, "pi_isExchange").Boolean() ? "*" : "";
         }
         return names;
+    }
+
+    std::string ProfileFile(const std::string& name) {
+        std::ifstream file(Home() / "profiles" / (name + ".profile"), std::ios::binary);
+        return std::string(std::istreambuf_iterator<char>(file), {});
     }
 
     std::vector<std::string> StoresOf(const Text& profile) {
@@ -78,7 +84,10 @@ TEST_F(Profiles, TakeExchangeServicesAndDelegates) {
     EXPECT_TRUE(host->CreateMAPIProfile(u"Office"));
     EXPECT_FALSE(host->AddDelegateToProfile(u"Shared", u"/o=X/cn=shared", u"server", u"/o=X/cn=server", u"Office"))
         << "without an Exchange service";
-    EXPECT_TRUE(host->AddExchangeToProfile(u"Office", u"mara", u"server.example.com", true));
+    EXPECT_TRUE(host->AddExchangeToProfile(u"Office", u"server.example.com", u"mara", true));
+    const std::string written = ProfileFile("Office");
+    EXPECT_NE(written.find("PR_PROFILE_UNRESOLVED_NAME = string8:\"=mara\""), std::string::npos) << written;
+    EXPECT_NE(written.find("PR_PROFILE_UNRESOLVED_SERVER = string8:\"server.example.com\""), std::string::npos);
     host->Disconnect();
     EXPECT_EQ(Names(), (Texts{"Office*"}));
     EXPECT_TRUE(host->AddDelegateToProfile(u"Shared", u"/o=X/cn=shared", u"server", u"/o=X/cn=server", u"Office"));
