@@ -1,6 +1,6 @@
 // Real mailbox files: every one is indexed to its end, with the items that other programs found.
+#include "testing/corpus/StoreParameters.h"
 #include "tests/host/VxhostRun.h"
-#include "tests/localmapi/pst/support/Corpus.h"
 
 #include <algorithm>
 #include <cctype>
@@ -48,7 +48,7 @@ TEST_P(Corpus, IsIndexedWithTheCountsOfItsRecord) {
         return;
     }
     EXPECT_EQ(result.status, 0) << result.errors;
-    const json truth = json::parse(localmapi::testing::TruthOf(GetParam()));
+    const json truth = json::parse(vx_testing::TruthOf(GetParam()));
     std::vector<json> folders = OfKind(result.Lines(), "folder-summary");
     ASSERT_FALSE(folders.empty());
     folders.erase(folders.begin());  // the topmost one, which has the name of the store
@@ -62,19 +62,7 @@ TEST_P(Corpus, IsIndexedWithTheCountsOfItsRecord) {
     }
 }
 
-std::vector<std::filesystem::path> Stores() {
-    std::vector<std::filesystem::path> stores = localmapi::testing::CorpusStores();
-    return stores.empty() ? std::vector<std::filesystem::path>{{}} : stores;
-}
-
-std::string StoreName(const ::testing::TestParamInfo<std::filesystem::path>& info) {
-    std::string name = info.param.empty() ? "none" : info.param.filename().string();
-    std::replace_if(
-        name.begin(), name.end(), [](char c) { return !std::isalnum(static_cast<unsigned char>(c)); }, '_');
-    return name;
-}
-
-INSTANTIATE_TEST_SUITE_P(Stores, Corpus, ::testing::ValuesIn(Stores()), StoreName);
+INSTANTIATE_TEST_SUITE_P(Stores, Corpus, ::testing::ValuesIn(StoreParameters()), StoreName);
 
 }  // namespace
 }  // namespace vx_testing

@@ -3,7 +3,7 @@
 #include "localmapi/rtf/CompressedRtf.h"
 #include "localmapi/rtf/HtmlText.h"
 #include "localmapi/rtf/RtfText.h"
-#include "tests/localmapi/pst/support/Corpus.h"
+#include "testing/corpus/Corpus.h"
 #include "tests/localmapi/pst/support/Sha1.h"
 #include "tests/localmapi/rtf/CorpusBodies.h"
 #include "tests/localmapi/rtf/RtfTesting.h"
@@ -27,7 +27,7 @@ using rtf::RtfKind;
 
 std::vector<std::filesystem::path> MessageFiles() {
     std::vector<std::filesystem::path> files;
-    for (const auto& entry : std::filesystem::directory_iterator(CorpusFolder() / "msg")) {
+    for (const auto& entry : std::filesystem::directory_iterator(vx_testing::CorpusFolder() / "msg")) {
         files.push_back(entry.path());
     }
     std::sort(files.begin(), files.end());
@@ -38,7 +38,7 @@ std::vector<std::filesystem::path> MessageFiles() {
 const std::map<std::filesystem::path, std::vector<Bodies>>& AllBodies() {
     static const auto all = [] {
         std::map<std::filesystem::path, std::vector<Bodies>> bodies;
-        for (const auto& file : CorpusStores()) {
+        for (const auto& file : vx_testing::CorpusStores()) {
             bodies[file] = BodiesOfStore(file);
         }
         for (const auto& file : MessageFiles()) {
@@ -52,7 +52,7 @@ const std::map<std::filesystem::path, std::vector<Bodies>>& AllBodies() {
 class CorpusRtf : public ::testing::Test {
 protected:
     void SetUp() override {
-        if (CorpusFolder().empty()) {
+        if (vx_testing::CorpusFolder().empty()) {
             GTEST_SKIP() << "there is no corpus: set VX_CORPUS to its folder";
         }
     }
@@ -75,7 +75,7 @@ void CollectPrints(const nlohmann::json& node, std::set<Print>& prints) {
 
 std::set<Print> RecordedPrints(const std::filesystem::path& file) {
     std::set<Print> prints;
-    if (const std::string truth = TruthOf(file); !truth.empty()) {
+    if (const std::string truth = vx_testing::TruthOf(file); !truth.empty()) {
         CollectPrints(nlohmann::json::parse(truth), prints);
     }
     return prints;

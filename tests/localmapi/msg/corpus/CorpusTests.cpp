@@ -2,9 +2,9 @@
 // is right, stands in docs/msg-corpus-differences.md.
 #include "localmapi/props/Values.h"
 #include "mapi/PropTags.h"
+#include "testing/corpus/Corpus.h"
 #include "tests/localmapi/msg/corpus/MessageFacts.h"
 #include "tests/localmapi/msg/support/Files.h"
-#include "tests/localmapi/pst/support/Corpus.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -21,7 +21,7 @@ namespace {
 
 std::vector<std::filesystem::path> MessageFiles() {
     std::vector<std::filesystem::path> files;
-    if (const std::filesystem::path folder = CorpusFolder(); !folder.empty()) {
+    if (const std::filesystem::path folder = vx_testing::CorpusFolder(); !folder.empty()) {
         for (const auto& entry : std::filesystem::directory_iterator(folder / "msg")) {
             files.push_back(entry.path());
         }
@@ -110,7 +110,7 @@ TEST(MessageCorpus, EveryFileReadsAsItIsRecorded) {
             EXPECT_FALSE(FactsOf(*message).empty());
             continue;
         }
-        Facts recorded = FactsOf(nlohmann::json::parse(TruthOf(path)));
+        Facts recorded = FactsOf(nlohmann::json::parse(vx_testing::TruthOf(path)));
         Facts found = FactsOf(*message);
         TakeOutDifferences(name, recorded, found);
         TakeTerminatedBodies(recorded, found);

@@ -3,8 +3,8 @@
 #include "localmapi/pst/ltp/Values.h"
 #include "localmapi/pst/messaging/PropertyIds.h"
 #include "localmapi/pst/messaging/Store.h"
+#include "testing/corpus/Corpus.h"
 #include "tests/localmapi/pst/corpus/ItemFacts.h"
-#include "tests/localmapi/pst/support/Corpus.h"
 #include "tests/localmapi/pst/support/RecordingSink.h"
 
 #include <gtest/gtest.h>
@@ -193,7 +193,7 @@ TEST_P(Corpus, HoldsWhatOtherProgramsFind) {
     if (FileName() == kRefusedByOthers) {
         GTEST_SKIP() << "no other program reads this one";
     }
-    const nlohmann::json truth = nlohmann::json::parse(TruthOf(GetParam()));
+    const nlohmann::json truth = nlohmann::json::parse(vx_testing::TruthOf(GetParam()));
     Found found = ReadWhole(*store);
     TakeLeftOut(FileName(), found.items);
     std::map<std::string, std::vector<Facts>> items;
@@ -250,18 +250,18 @@ TEST_P(Corpus, HasTheSameValuesInTablesAndInMessages) {
 }
 
 TEST(CorpusStore, IsFound) {
-    if (CorpusFolder().empty()) {
+    if (vx_testing::CorpusFolder().empty()) {
         GTEST_SKIP() << "there is no corpus: set VX_CORPUS to its folder";
     }
-    EXPECT_EQ(CorpusStores().size(), 34U);
+    EXPECT_EQ(vx_testing::CorpusStores().size(), 34U);
 }
 
 Result<std::unique_ptr<pst::Store>> OpenNamed(const char* name, const pst::StoreOptions& options) {
-    return pst::Store::Open(CorpusFolder() / "pst" / name, options);
+    return pst::Store::Open(vx_testing::CorpusFolder() / "pst" / name, options);
 }
 
 #define SKIP_WITHOUT_CORPUS()                                      \
-    if (CorpusFolder().empty()) {                                  \
+    if (vx_testing::CorpusFolder().empty()) {                      \
         GTEST_SKIP() << "there is no corpus: set VX_CORPUS to it"; \
     }                                                              \
     static_assert(true)
@@ -331,7 +331,7 @@ std::string NameOf(const ::testing::TestParamInfo<std::filesystem::path>& file) 
 }
 
 GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(Corpus);
-INSTANTIATE_TEST_SUITE_P(Stores, Corpus, ::testing::ValuesIn(CorpusStores()), NameOf);
+INSTANTIATE_TEST_SUITE_P(Stores, Corpus, ::testing::ValuesIn(vx_testing::CorpusStores()), NameOf);
 
 }  // namespace
 }  // namespace localmapi::testing

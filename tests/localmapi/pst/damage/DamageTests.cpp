@@ -1,6 +1,6 @@
 // Damaged files: every cut and every flipped byte costs at most the object that holds it, ends, and is told of.
 #include "localmapi/pst/messaging/Store.h"
-#include "tests/localmapi/pst/support/Corpus.h"
+#include "testing/corpus/Corpus.h"
 #include "tests/localmapi/pst/support/ReadEverything.h"
 #include "tests/localmapi/pst/support/RecordingSink.h"
 #include "tests/localmapi/pst/support/StoreBuilder.h"
@@ -170,7 +170,7 @@ TEST(Damage, ByCuttingAWrittenFileAnywhereGivesNothingThatWasNotThere) {
 std::vector<std::pair<std::string, Bytes>> SmallCorpusStores() {
     constexpr std::uintmax_t kLargest = 600'000;  // keeps a run within seconds
     std::vector<std::pair<std::string, Bytes>> stores;
-    for (const std::filesystem::path& path : CorpusStores()) {
+    for (const std::filesystem::path& path : vx_testing::CorpusStores()) {
         if (std::filesystem::file_size(path) <= kLargest) {
             std::ifstream stream(path, std::ios::binary);
             const std::vector<char> text{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};

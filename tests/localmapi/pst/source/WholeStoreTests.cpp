@@ -4,8 +4,8 @@
 #include "localmapi/pst/ltp/Values.h"
 #include "localmapi/pst/source/OpenStoreSource.h"
 #include "mapi/PropTags.h"
+#include "testing/corpus/Corpus.h"
 #include "tests/localmapi/pst/source/SourceReading.h"
-#include "tests/localmapi/pst/support/Corpus.h"
 #include "tests/localmapi/pst/support/StoreBuilder.h"
 
 #include <gtest/gtest.h>
@@ -139,7 +139,7 @@ std::unique_ptr<StoreSource> OpenSource(const std::filesystem::path& path) {
 }
 
 TEST(SourcesOfTheCorpus, GiveWhatTheEngineGivesInTablesAndObjects) {
-    const auto paths = CorpusStores();
+    const auto paths = vx_testing::CorpusStores();
     if (paths.empty()) {
         GTEST_SKIP() << "there is no corpus: set VX_CORPUS to its folder";
     }
@@ -233,7 +233,7 @@ TEST(Sources, OfADamagedStoreEnd) {
 }
 
 TEST(SourcesOfTheCorpus, EndInADamagedStore) {
-    const auto paths = CorpusStores();
+    const auto paths = vx_testing::CorpusStores();
     const auto path = std::find_if(paths.begin(), paths.end(), [](const std::filesystem::path& candidate) {
         return candidate.filename() == "unicode-embedded-4-levels.pst";
     });

@@ -1,11 +1,11 @@
-#include "tests/localmapi/pst/support/Corpus.h"
+#include "testing/corpus/Corpus.h"
 
 #include <algorithm>
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
 
-namespace localmapi::testing {
+namespace vx_testing {
 
 std::filesystem::path CorpusFolder() {
     const char* named = std::getenv("VX_CORPUS");
@@ -31,4 +31,4 @@ std::string TruthOf(const std::filesystem::path& store) {
     return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
 }
 
-}  // namespace localmapi::testing
+}  // namespace vx_testing

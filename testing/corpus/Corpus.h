@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-namespace localmapi::testing {
+namespace vx_testing {
 
 // Empty when there is no corpus.
 std::filesystem::path CorpusFolder();
@@ -17,4 +17,4 @@ std::vector<std::filesystem::path> CorpusStores();
 // The facts about a mailbox file that other programs found, a JSON text.
 std::string TruthOf(const std::filesystem::path& store);
 
-}  // namespace localmapi::testing
+}  // namespace vx_testing
